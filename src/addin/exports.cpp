@@ -1,0 +1,1 @@
+// Entry points the host looks up by name.

@@ -1,0 +1,40 @@
+#pragma once
+// Names and display forms of symbols, the human-readable rendering of raw bytes
+// (HRS) and its parser, Base64, the XML blanking filter and small string helpers.
+#include <string>
+
+std::wstring GetSymbolName(wchar_t symbol);
+std::wstring FormatSymbolForDisplay(wchar_t symbol);
+std::wstring FormatSymbolAsNumber(wchar_t symbol);
+
+// Blanks markup characters and non-ASCII bytes so outside text can sit in XML.
+bool TrimXMLIllegalChars(std::string& text);
+
+std::string raw2HRS(const char* data, int length);
+std::string raw2HRS(const std::string& data);
+std::wstring raw2HRS(const std::wstring& text);
+std::wstring raw2HRS(const wchar_t* text, int length);
+
+std::wstring hrs2Raw(const std::wstring& hrs);
+int hrs2Raw(wchar_t* out, const std::wstring& hrs, int capacity);
+
+std::wstring raw2Printable(const wchar_t* text, int length);
+std::wstring raw2Printable(std::wstring& text);
+
+std::string base64_encode(const std::string& bytes);
+std::string base64_decode(const std::string& text);
+std::string raw2Base64(const std::string& bytes);
+std::string base642Raw(const std::string& text);
+std::wstring raw2Base64(const std::wstring& text);
+std::wstring base642Raw(const std::wstring& text);
+
+void trim(std::string& text);
+void trim(std::wstring& text);
+std::string trimed(const std::string& text);
+std::wstring trimed(const std::wstring& text);
+
+std::string replace(const std::string& text, const std::string& from, const std::string& to);
+std::wstring replace(const std::wstring& text, const std::wstring& from, const std::wstring& to);
+
+std::string str_tolower(const std::string& text);
+std::wstring str_tolower(const std::wstring& text);
