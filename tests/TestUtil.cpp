@@ -35,3 +35,35 @@ std::string runCommand(const std::string& command)
     pclose(p);
     return out;
 }
+
+#include <dirent.h>
+
+double threadCpuSeconds(pid_t tid)
+{
+    std::ifstream stat("/proc/self/task/" + std::to_string(tid) + "/stat");
+    std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
+    // Fields after the parenthesised name: state is field 3, utime 14, stime 15.
+    std::istringstream rest(text.substr(text.rfind(')') + 2));
+    std::string field;
+    unsigned long long utime = 0, stime = 0;
+    for (int i = 3; i <= 15 && rest >> field; ++i) {
+        if (i == 14) utime = std::stoull(field);
+        if (i == 15) stime = std::stoull(field);
+    }
+    return static_cast<double>(utime + stime) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+static size_t countEntries(const char* path)
+{
+    size_t n = 0;
+    if (DIR* d = opendir(path)) {
+        while (dirent* e = readdir(d))
+            if (e->d_name[0] != '.')
+                ++n;
+        closedir(d);
+    }
+    return n;
+}
+
+size_t openDescriptorCount() { return countEntries("/proc/self/fd"); }
+size_t threadCount() { return countEntries("/proc/self/task"); }

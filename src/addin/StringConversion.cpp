@@ -53,7 +53,13 @@ std::wstring convFromShortWchar(const unsigned short* src, unsigned int len)
 
 std::wstring convFromShortWchar(const tVariant& value)
 {
-    return convFromShortWchar(value.pwstrVal, value.wstrLen);
+    // Host strings are zero-terminated; stopping there keeps a wrong length
+    // from reading past the host's block.
+    unsigned int n = 0;
+    if (value.pwstrVal)
+        while (n < value.wstrLen && value.pwstrVal[n])
+            ++n;
+    return convFromShortWchar(value.pwstrVal, n);
 }
 
 namespace {

@@ -1,0 +1,6 @@
+#include "input/InputDeviceKeyboardFactory.h"
+
+std::unique_ptr<InputDevice> InputDeviceKeyboardFactory::create(const DataCallback&) const
+{
+    return nullptr;
+}

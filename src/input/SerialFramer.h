@@ -1,0 +1,27 @@
+#pragma once
+// Cuts a serial byte stream into codes. With a suffix, its last byte ends a code
+// and the suffix's leading bytes are trimmed off; a pause (the line going quiet)
+// drops an unfinished code. Without a suffix, a pause ends the code.
+#include <cstddef>
+#include <optional>
+#include <string>
+
+class SerialFramer {
+public:
+    // No real scan comes near this; a longer run is line noise and is dropped
+    // so a flooding line cannot exhaust memory.
+    static constexpr size_t kMaxCodeBytes = 1 << 20;
+
+    explicit SerialFramer(std::string suffix);
+
+    std::optional<std::string> feed(char byte);
+    std::optional<std::string> quiet();
+    bool pending() const { return !buffer.empty() || overflowed; }
+
+private:
+    std::optional<std::string> finish();
+
+    std::string suffix;
+    std::string buffer;
+    bool overflowed = false;  // discarding the rest of an over-long code
+};

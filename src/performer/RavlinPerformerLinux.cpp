@@ -1,0 +1,6 @@
+#include "performer/RavlinPerformerLinux.h"
+
+std::wstring RavlinPerformerLinux::GetParameters()
+{
+    return std::wstring();
+}

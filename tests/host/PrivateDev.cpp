@@ -1,0 +1,97 @@
+#include "PrivateDev.h"
+
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <vector>
+
+namespace {
+
+[[noreturn]] void die(const std::string& what)
+{
+    std::fprintf(stderr, "private /dev: %s: %s (these tests need root and unshare -m)\n",
+                 what.c_str(), std::strerror(errno));
+    std::exit(2);
+}
+
+void bindFile(const std::string& staging, const char* name)
+{
+    const std::string source = std::string("/dev/") + name;
+    const std::string target = staging + "/" + name;
+    struct stat st;
+    if (stat(source.c_str(), &st) != 0)
+        return;
+    const int fd = open(target.c_str(), O_CREAT | O_WRONLY, 0644);
+    if (fd < 0)
+        die("create " + target);
+    close(fd);
+    if (mount(source.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) != 0)
+        die("bind " + source);
+}
+
+void bindDir(const std::string& staging, const char* name)
+{
+    const std::string target = staging + "/" + name;
+    if (mkdir(target.c_str(), 0755) != 0)
+        die("mkdir " + target);
+    if (mount((std::string("/dev/") + name).c_str(), target.c_str(), nullptr, MS_BIND | MS_REC,
+              nullptr) != 0)
+        die(std::string("bind /dev/") + name);
+}
+
+}  // namespace
+
+void enterPrivateDev(int argc, char** argv)
+{
+    if (!std::getenv("RAVLIN_PRIVATE_DEV")) {
+        setenv("RAVLIN_PRIVATE_DEV", "1", 1);
+        char self[4096];
+        const ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+        if (n <= 0)
+            die("readlink /proc/self/exe");
+        self[n] = '\0';
+        std::vector<char*> args = {const_cast<char*>("unshare"), const_cast<char*>("--mount"),
+                                   const_cast<char*>("--propagation"), const_cast<char*>("private"),
+                                   self};
+        for (int i = 1; i < argc; ++i)
+            args.push_back(argv[i]);
+        args.push_back(nullptr);
+        execvp("unshare", args.data());
+        die("exec unshare");
+    }
+    char staging[] = "/tmp/ravlin-dev-XXXXXX";
+    if (!mkdtemp(staging))
+        die("mkdtemp");
+    if (mount("tmpfs", staging, "tmpfs", 0, "mode=0755,size=1m") != 0)
+        die("mount tmpfs");
+    bindDir(staging, "pts");
+    bindDir(staging, "shm");
+    for (const char* name : {"null", "zero", "full", "random", "urandom", "tty"})
+        bindFile(staging, name);
+    symlink("/proc/self/fd", (std::string(staging) + "/fd").c_str());
+    // The ptmx node finds its devpts instance through a "pts" beside it; a
+    // link into the bound pts keeps new pseudo-terminals in the real instance.
+    symlink("pts/ptmx", (std::string(staging) + "/ptmx").c_str());
+    if (mount(staging, "/dev", nullptr, MS_MOVE, nullptr) != 0)
+        die("move onto /dev");
+    rmdir(staging);
+}
+
+void linkDevice(const std::string& name, const std::string& target)
+{
+    const std::string path = "/dev/" + name;
+    unlink(path.c_str());
+    if (symlink(target.c_str(), path.c_str()) != 0)
+        die("symlink " + path);
+}
+
+void unlinkDevice(const std::string& name)
+{
+    unlink(("/dev/" + name).c_str());
+}

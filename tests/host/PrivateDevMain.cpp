@@ -1,0 +1,11 @@
+// main() of the test programs that need a private /dev.
+#include <gtest/gtest.h>
+
+#include "PrivateDev.h"
+
+int main(int argc, char** argv)
+{
+    enterPrivateDev(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

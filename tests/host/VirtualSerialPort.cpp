@@ -1,0 +1,58 @@
+#include "VirtualSerialPort.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+#include "PrivateDev.h"
+
+VirtualSerialPort::VirtualSerialPort(std::string name) : deviceName(std::move(name))
+{
+    plug();
+}
+
+VirtualSerialPort::~VirtualSerialPort()
+{
+    unplug();
+    unlinkDevice(deviceName);
+}
+
+void VirtualSerialPort::plug()
+{
+    unplug();
+    master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0)
+        throw std::runtime_error("cannot make a pseudo-terminal");
+    char path[128];
+    if (ptsname_r(master, path, sizeof path) != 0)
+        throw std::runtime_error("ptsname failed");
+    slave = path;
+    linkDevice(deviceName, slave);
+}
+
+void VirtualSerialPort::unplug()
+{
+    if (master >= 0)
+        close(master);
+    master = -1;
+}
+
+void VirtualSerialPort::write(const std::string& bytes)
+{
+    size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = ::write(master, bytes.data() + done, bytes.size() - done);
+        if (n > 0) {
+            done += static_cast<size_t>(n);
+        } else if (n < 0 && (errno == EAGAIN || errno == EINTR)) {
+            pollfd p{master, POLLOUT, 0};
+            poll(&p, 1, 100);
+        } else {
+            throw std::runtime_error("write to pseudo-terminal failed");
+        }
+    }
+}

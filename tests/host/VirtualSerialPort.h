@@ -1,0 +1,25 @@
+#pragma once
+// A scanner on a serial line, simulated by a pseudo-terminal whose slave the
+// private /dev names (for example /dev/ttyUSB1). The test writes on the master.
+#include <string>
+
+class VirtualSerialPort {
+public:
+    explicit VirtualSerialPort(std::string deviceName);
+    ~VirtualSerialPort();
+    VirtualSerialPort(const VirtualSerialPort&) = delete;
+    VirtualSerialPort& operator=(const VirtualSerialPort&) = delete;
+
+    void write(const std::string& bytes);
+    // Unplugs: the master closes, so the driver's side sees a hang-up.
+    void unplug();
+    // Plugs a fresh pseudo-terminal in under the same name.
+    void plug();
+    const std::string& slavePath() const { return slave; }
+    const std::string& name() const { return deviceName; }
+
+private:
+    std::string deviceName;
+    std::string slave;
+    int master = -1;
+};

@@ -1,0 +1,317 @@
+// The serial reader on pseudo-terminals reached through its fixed /dev paths.
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <termios.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <random>
+#include <thread>
+
+#include "FramingModel.h"
+#include "PrivateDev.h"
+#include "VirtualSerialPort.h"
+#include "input/InputDeviceComPort.h"
+#include "input/InputDeviceComPortFactory.h"
+#include "TestUtil.h"
+#include "util/CharsetConversion.h"
+#include "util/SymbolCodecs.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+// Collects what a source delivers, with the thread it came on.
+class Sink {
+public:
+    DataCallback callback()
+    {
+        return [this](const std::wstring& text) {
+            std::lock_guard<std::mutex> g(lock);
+            codes.push_back(text);
+            thread = static_cast<pid_t>(syscall(SYS_gettid));
+            arrived.notify_all();
+        };
+    }
+    std::vector<std::wstring> waitFor(size_t n, std::chrono::milliseconds deadline = 5s)
+    {
+        std::unique_lock<std::mutex> g(lock);
+        arrived.wait_for(g, deadline, [&] { return codes.size() >= n; });
+        return codes;
+    }
+    std::vector<std::wstring> now()
+    {
+        std::lock_guard<std::mutex> g(lock);
+        return codes;
+    }
+    pid_t readerThread()
+    {
+        std::lock_guard<std::mutex> g(lock);
+        return thread;
+    }
+
+private:
+    std::mutex lock;
+    std::condition_variable arrived;
+    std::vector<std::wstring> codes;
+    pid_t thread = 0;
+};
+
+std::wstring b64(const std::string& bytes)
+{
+    const std::string t = raw2Base64(bytes);
+    return std::wstring(t.begin(), t.end());
+}
+
+InputDeviceComPortFactory factoryFor(uint32_t port, std::wstring suffix = L"\r")
+{
+    InputDeviceComPortFactory f;
+    f.portNumber = port;
+    f.suffix = std::move(suffix);
+    f.comEncoding = L"UTF-8";
+    return f;
+}
+
+termios attributesOf(const std::string& path)
+{
+    const int fd = open(path.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK);
+    termios t{};
+    tcgetattr(fd, &t);
+    close(fd);
+    return t;
+}
+
+}  // namespace
+
+TEST(SerialPaths, PortNumbersMapToDeviceFamilies)
+{
+    EXPECT_EQ(InputDeviceComPort::devicePathFor(1), "/dev/ttyS0");
+    EXPECT_EQ(InputDeviceComPort::devicePathFor(64), "/dev/ttyS63");
+    EXPECT_EQ(InputDeviceComPort::devicePathFor(65), "/dev/ttyACM0");
+    EXPECT_EQ(InputDeviceComPort::devicePathFor(128), "/dev/ttyACM63");
+    EXPECT_EQ(InputDeviceComPort::devicePathFor(129), "/dev/ttyUSB0");
+    EXPECT_EQ(InputDeviceComPort::devicePathFor(130), "/dev/ttyUSB1");
+}
+
+TEST(SerialReader, OpensEachFamilyThroughItsPath)
+{
+    for (auto [name, port] : {std::pair<const char*, uint32_t>{"ttyS0", 1}, {"ttyACM0", 65}, {"ttyUSB0", 129}}) {
+        VirtualSerialPort line(name);
+        Sink sink;
+        auto source = factoryFor(port).create(sink.callback());
+        ASSERT_TRUE(source) << name;
+        line.write("123\r");
+        EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{L"MTIz"}) << name;
+        EXPECT_NE(sink.readerThread(), static_cast<pid_t>(syscall(SYS_gettid)));
+    }
+}
+
+TEST(SerialReader, LineIsRawAtTheConfiguredSpeed)
+{
+    VirtualSerialPort line("ttyS1");
+    Sink sink;
+    auto f = factoryFor(2);
+    f.speed = 14400;  // not a standard rate: falls back to 9600
+    auto source = f.create(sink.callback());
+    ASSERT_TRUE(source);
+    termios t = attributesOf(line.slavePath());
+    EXPECT_EQ(cfgetispeed(&t), B9600);
+    EXPECT_EQ(cfgetospeed(&t), B9600);
+    EXPECT_EQ(t.c_lflag & (ICANON | ECHO), 0u);
+    EXPECT_EQ(t.c_iflag & (ICRNL | IXON), 0u);
+    source.reset();
+
+    f.speed = 115200;
+    source = f.create(sink.callback());
+    ASSERT_TRUE(source);
+    t = attributesOf(line.slavePath());
+    EXPECT_EQ(cfgetispeed(&t), B115200);
+}
+
+TEST(SerialReader, NoSuffixEndsCodeWhenLineGoesQuiet)
+{
+    VirtualSerialPort line("ttyUSB0");
+    Sink sink;
+    auto source = factoryFor(129, L"").create(sink.callback());
+    ASSERT_TRUE(source);
+    line.write("123");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{L"MTIz"});
+}
+
+TEST(SerialReader, SuffixAloneGivesNothing)
+{
+    VirtualSerialPort line("ttyUSB0");
+    Sink sink;
+    auto source = factoryFor(129).create(sink.callback());
+    ASSERT_TRUE(source);
+    line.write("\r");
+    line.write("9\r");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("9")});
+    std::this_thread::sleep_for(50ms);
+    EXPECT_EQ(sink.now().size(), 1u);
+}
+
+TEST(SerialReader, TwoCharacterSuffixTrimsItsLeadingByte)
+{
+    VirtualSerialPort line("ttyUSB0");
+    Sink sink;
+    auto source = factoryFor(129, L"\n\r").create(sink.callback());
+    ASSERT_TRUE(source);
+    line.write("AB\n\r");
+    line.write("CDX\r");
+    EXPECT_EQ(sink.waitFor(2), (std::vector<std::wstring>{b64("AB"), b64("CD")}));
+}
+
+TEST(SerialReader, CodeShorterThanSuffixIsDroppedAndReaderGoesOn)
+{
+    VirtualSerialPort line("ttyUSB0");
+    Sink sink;
+    auto source = factoryFor(129, L"xy\r").create(sink.callback());
+    ASSERT_TRUE(source);
+    line.write("A\r");
+    line.write("ABCxy\r");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("ABC")});
+}
+
+TEST(SerialReader, GapLongerThanTimeoutDropsUnfinishedCode)
+{
+    VirtualSerialPort line("ttyUSB0");
+    Sink sink;
+    auto source = factoryFor(129).create(sink.callback());
+    ASSERT_TRUE(source);
+    line.write("12");
+    std::this_thread::sleep_for(200ms);
+    line.write("3\r");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("3")});
+}
+
+TEST(SerialReader, BytesOneMillisecondApartStayOneCode)
+{
+    VirtualSerialPort line("ttyACM1");
+    Sink sink;
+    auto f = factoryFor(66);
+    f.comTimeout = 20;
+    auto source = f.create(sink.callback());
+    ASSERT_TRUE(source);
+    const std::string code = "0104600439931256215Wp&C\x1D" "91EE06\x1D" "92Y2ZmNjQ5YmItOTE0Zi00";
+    for (char c : code + "\r") {
+        line.write(std::string(1, c));
+        std::this_thread::sleep_for(1ms);
+    }
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64(code)});
+}
+
+TEST(SerialReader, AnyEncodingNameStillDeliversBase64)
+{
+    for (const wchar_t* encoding : {L"", L"KOI8-R", L"Windows-1251", L"UTF-8"}) {
+        VirtualSerialPort line("ttyUSB0");
+        Sink sink;
+        auto f = factoryFor(129);
+        f.comEncoding = encoding;
+        auto source = f.create(sink.callback());
+        ASSERT_TRUE(source);
+        line.write("\xCF\xF0\xE8\r");  // Windows-1251 letters pass as raw bytes
+        EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("\xCF\xF0\xE8")});
+    }
+}
+
+TEST(SerialReader, OpenFailsWithoutATerminal)
+{
+    Sink sink;
+    EXPECT_FALSE(factoryFor(129 + 7).create(sink.callback()));  // no node at all
+    linkDevice("ttyS20", "/dev/null");
+    EXPECT_FALSE(factoryFor(21).create(sink.callback()));
+    linkDevice("ttyS21", "/dev/pts");
+    EXPECT_FALSE(factoryFor(22).create(sink.callback()));
+    unlinkDevice("ttyS20");
+    unlinkDevice("ttyS21");
+}
+
+TEST(SerialReader, SourceThatNeverStartedDestroysAtOnce)
+{
+    Sink sink;
+    auto source = std::make_unique<InputDeviceComPort>(sink.callback());
+    EXPECT_FALSE(source->start(factoryFor(129 + 9)));
+    source.reset();
+}
+
+TEST(SerialReader, ThrowingConsumerDoesNotEndTheReader)
+{
+    VirtualSerialPort line("ttyUSB0");
+    Sink sink;
+    int calls = 0;
+    DataCallback inner = sink.callback();
+    auto source = factoryFor(129).create([&](const std::wstring& t) {
+        if (calls++ == 0)
+            throw std::runtime_error("consumer failed");
+        inner(t);
+    });
+    ASSERT_TRUE(source);
+    line.write("1\r");
+    line.write("2\r");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("2")});
+}
+
+TEST(SerialReader, AgreesWithModelOverRandomStreamsAndPauses)
+{
+    VirtualSerialPort line("ttyUSB0");
+    std::mt19937 rng(77);
+    const char alphabet[] = {'1', 'A', '\r', '\n', '\x1D', 'x'};
+    for (const std::wstring& suffix : {std::wstring(L"\r"), std::wstring(L"\n\r"), std::wstring()}) {
+        Sink sink;
+        auto f = factoryFor(129, suffix);
+        f.comTimeout = 40;
+        auto source = f.create(sink.callback());
+        ASSERT_TRUE(source);
+        std::vector<std::string> bursts(12);
+        for (auto& burst : bursts) {
+            const size_t pieces = 1 + rng() % 4;
+            for (size_t p = 0; p < pieces; ++p) {
+                std::string piece;
+                for (size_t n = 1 + rng() % 6; n > 0; --n)
+                    piece += alphabet[rng() % sizeof alphabet];
+                line.write(piece);
+                burst += piece;
+                std::this_thread::sleep_for(std::chrono::milliseconds(rng() % 3));  // short pause
+            }
+            std::this_thread::sleep_for(250ms);  // long pause: the burst ends
+        }
+        std::vector<std::wstring> expected;
+        for (const auto& code : expectedCodes(bursts, wstr2str(suffix)))
+            expected.push_back(b64(code));
+        EXPECT_EQ(sink.waitFor(expected.size(), 2s), expected);
+    }
+}
+
+TEST(SerialReader, UnpluggedLineIsReopenedWithoutSpinning)
+{
+    VirtualSerialPort line("ttyUSB1");
+    Sink sink;
+    auto source = factoryFor(130).create(sink.callback());
+    ASSERT_TRUE(source);
+    line.write("1\r");
+    ASSERT_EQ(sink.waitFor(1).size(), 1u);
+    const pid_t tid = sink.readerThread();
+
+    line.unplug();
+    const double cpu = threadCpuSeconds(tid);
+    const auto wallStart = std::chrono::steady_clock::now();
+    std::this_thread::sleep_for(2s);
+    const double cpuUsed = threadCpuSeconds(tid) - cpu;
+    const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - wallStart).count();
+    EXPECT_LT(cpuUsed, 0.02 * wall) << "reader thread used " << cpuUsed << " s of CPU in " << wall << " s";
+
+    line.plug();
+    // Codes written before the driver reopens the line are flushed; keep
+    // offering one until it gets through.
+    for (int i = 0; i < 50 && sink.now().size() < 2; ++i) {
+        line.write("2\r");
+        sink.waitFor(2, 100ms);
+    }
+    const auto codes = sink.waitFor(2);
+    ASSERT_GE(codes.size(), 2u);
+    EXPECT_EQ(codes[1], b64("2"));
+}
