@@ -21,7 +21,8 @@ unsigned int convToShortWchar(unsigned short** dest, const wchar_t* src, unsigne
     if (!*dest)
         *dest = new unsigned short[len];
     std::memset(*dest, 0, len * sizeof(unsigned short));
-    for (unsigned int i = 0; i < len; ++i)
+    // The rest of the buffer stays zero: nothing past the terminator is read.
+    for (unsigned int i = 0; i < len && (i == 0 || src[i - 1]); ++i)
         (*dest)[i] = static_cast<unsigned short>(static_cast<uint32_t>(src[i]) & 0xFFFFu);
     return len;
 }
@@ -36,7 +37,7 @@ unsigned int convFromShortWchar(wchar_t** dest, const unsigned short* src, unsig
     if (!*dest)
         *dest = new wchar_t[len];
     std::memset(*dest, 0, len * sizeof(wchar_t));
-    for (unsigned int i = 0; i < len; ++i)
+    for (unsigned int i = 0; i < len && (i == 0 || src[i - 1]); ++i)
         (*dest)[i] = static_cast<wchar_t>(src[i]);
     return len;
 }
@@ -161,6 +162,12 @@ tVariant makeBoolVariant(bool value)
     v.vt = VTYPE_BOOL;
     v.bVal = value;
     return v;
+}
+
+bool boolOf(const tVariant& value)
+{
+    // The host writes one byte; any non-zero byte is true.
+    return (value.lVal & 0xFF) != 0;
 }
 
 tVariant makeIntVariant(int32_t value)

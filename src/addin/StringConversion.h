@@ -26,3 +26,4 @@ tVariant AllocAndConvertVariant(IMemoryManager* memory, const wchar_t* text);
 
 tVariant makeBoolVariant(bool value);
 tVariant makeIntVariant(int32_t value);
+bool boolOf(const tVariant& value);

@@ -79,7 +79,7 @@ void RavlinPerformerDesktop::addSetters()
     s[L"IgnoreKeyboardState"] = [this](const tVariant& v) {
         if (v.vt != VTYPE_BOOL)
             return false;
-        keyboardFactory.ignoreKeyboardState = v.bVal;
+        keyboardFactory.ignoreKeyboardState = boolOf(v);
         return true;
     };
 }

@@ -100,7 +100,7 @@ TEST(ShortWchar, RoundTripAndCallerBuffer)
     unsigned short buffer[8];
     for (auto& u : buffer) u = 0xFFFF;
     unsigned short* p = buffer;
-    EXPECT_EQ(convToShortWchar(&p, L"abcdef", 8), 8u);
+    EXPECT_EQ(convToShortWchar(&p, L"abcdef", 8), 8u);  // longer than the text
     EXPECT_EQ(p, buffer);
     EXPECT_EQ(buffer[5], 'f');
     EXPECT_EQ(buffer[6], 0);

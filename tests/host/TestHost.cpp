@@ -130,7 +130,7 @@ int HostConnection::otherSlotCalls() const
 }
 
 Value::Value(const tVariant& v)
-    : type(v.vt), integer(v.lVal), boolean(v.bVal),
+    : type(v.vt), integer(v.lVal), boolean(v.vt == VTYPE_BOOL && (v.lVal & 0xFF) != 0),
       nullString(v.vt == VTYPE_PWSTR && !v.pwstrVal),
       text(v.vt == VTYPE_PWSTR ? fromShort(v.pwstrVal) : std::wstring())
 {
