@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <boost/locale/encoding_utf.hpp>
 #include <cstring>
 #include <vector>
@@ -10,6 +11,14 @@ namespace {
 
 std::wstring iconvToWide(const char* codeSet, const char* bytes, size_t length)
 {
+    // ASCII reads the same in every code set offered here, and opening iconv
+    // costs more than the rest of a scan's path: widen it directly.
+    size_t ascii = 0;
+    while (ascii < length && !NotASCII(bytes[ascii]))
+        ++ascii;
+    if (ascii == length)
+        return std::wstring(bytes, std::find(bytes, bytes + length, '\0'));
+
     std::vector<char> in(bytes, bytes + length);
     std::vector<wchar_t> out(length + 1, L'\0');
     iconv_t cd = iconv_open("WCHAR_T", codeSet);

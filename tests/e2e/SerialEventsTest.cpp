@@ -35,7 +35,7 @@ protected:
         line.write(bytes);
         const auto events = host.connection.waitForEvents(before + 1);
         if (events.size() <= before)
-            return HostEvent{L"", L"<no event>", L"", 0};
+            return HostEvent{L"", L"<no event>", L"", 0, {}};
         return events[before];
     }
     TestHost host;

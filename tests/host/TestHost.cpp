@@ -88,8 +88,9 @@ bool HostConnection::SetEventQueueDepth(long d)
 bool HostConnection::PostExternalEvent(const unsigned short* source, const unsigned short* name,
                                        const unsigned short* data)
 {
+    const auto at = std::chrono::steady_clock::now();
     HostEvent e{fromShort(source), fromShort(name), fromShort(data),
-                static_cast<pid_t>(syscall(SYS_gettid))};
+                static_cast<pid_t>(syscall(SYS_gettid)), at};
     {
         std::lock_guard<std::mutex> g(lock);
         recorded.push_back(std::move(e));
@@ -103,6 +104,14 @@ std::vector<HostEvent> HostConnection::waitForEvents(size_t n, std::chrono::mill
     std::unique_lock<std::mutex> g(lock);
     arrived.wait_for(g, deadline, [&] { return recorded.size() >= n; });
     return recorded;
+}
+
+HostEvent HostConnection::waitForEvent(size_t n, std::chrono::milliseconds deadline)
+{
+    std::unique_lock<std::mutex> g(lock);
+    if (!arrived.wait_for(g, deadline, [&] { return recorded.size() >= n; }))
+        return HostEvent{L"", L"<no event>", L"", 0, {}};
+    return recorded[n - 1];
 }
 
 std::vector<HostEvent> HostConnection::events() const

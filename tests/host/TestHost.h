@@ -19,6 +19,7 @@ struct HostEvent {
     std::wstring name;
     std::wstring data;
     pid_t thread;
+    std::chrono::steady_clock::time_point at;  // when PostExternalEvent was entered
 };
 
 // The platform's allocator; counts live blocks so a leak of a returned string shows.
@@ -54,6 +55,8 @@ public:
     std::vector<HostEvent> waitForEvents(size_t n, std::chrono::milliseconds deadline =
                                                        std::chrono::seconds(10));
     std::vector<HostEvent> events() const;
+    // The n-th event (counting from 1), waited for; an empty event on time-out.
+    HostEvent waitForEvent(size_t n, std::chrono::milliseconds deadline = std::chrono::seconds(10));
     void clear();
     long queueDepth() const;
     int otherSlotCalls() const;

@@ -1,0 +1,34 @@
+#pragma once
+// Percentiles and the one table format every benchmark prints: each figure
+// beside the baseline measured in the same run.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+inline double percentile(std::vector<double> values, double p)
+{
+    if (values.empty())
+        return 0;
+    std::sort(values.begin(), values.end());
+    const size_t i = std::min(values.size() - 1, static_cast<size_t>(p / 100.0 * static_cast<double>(values.size())));
+    return values[i];
+}
+
+inline double microseconds(std::chrono::steady_clock::duration d)
+{
+    return std::chrono::duration<double, std::micro>(d).count();
+}
+
+// One row: figure, value, baseline (0 when none), unit.
+inline void report(const std::string& figure, double value, double baseline, const std::string& unit,
+                   const std::string& baselineName = "")
+{
+    if (baseline > 0)
+        std::printf("%-44s %12.1f %-4s  baseline %12.1f %-4s (%s)  ratio %.2f\n", figure.c_str(), value,
+                    unit.c_str(), baseline, unit.c_str(), baselineName.c_str(), value / baseline);
+    else
+        std::printf("%-44s %12.1f %-4s\n", figure.c_str(), value, unit.c_str());
+    std::fflush(stdout);
+}
