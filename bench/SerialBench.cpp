@@ -94,10 +94,10 @@ int main(int argc, char** argv)
         id = c.open();
         const auto start = Clock::now();
         c.close(id);
-        closeLatency.push_back(microseconds(Clock::now() - start) / 1000.0);
+        closeLatency.push_back(microseconds(Clock::now() - start));
     }
-    report("Close latency p50", percentile(closeLatency, 50), 0, "ms");
-    report("Close latency p99", percentile(closeLatency, 99), 0, "ms");
+    report("Close latency p50", percentile(closeLatency, 50), 0, "us");
+    report("Close latency p99", percentile(closeLatency, 99), 0, "us");
 
     // Delivery under load: 100 bursts of 1,000 codes, no pauses.
     host.connection.clear();
