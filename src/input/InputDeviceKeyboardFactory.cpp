@@ -1,6 +1,11 @@
 #include "input/InputDeviceKeyboardFactory.h"
 
-std::unique_ptr<InputDevice> InputDeviceKeyboardFactory::create(const DataCallback&) const
+#include "input/InputDeviceKeyboard.h"
+
+std::unique_ptr<InputDevice> InputDeviceKeyboardFactory::create(const DataCallback& callback) const
 {
-    return nullptr;
+    auto source = std::make_unique<InputDeviceKeyboard>(callback, *this);
+    if (!source->start())
+        return nullptr;
+    return source;
 }

@@ -11,6 +11,7 @@
 #include <random>
 #include <thread>
 
+#include "CodeSink.h"
 #include "FramingModel.h"
 #include "PrivateDev.h"
 #include "VirtualSerialPort.h"
@@ -24,41 +25,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// Collects what a source delivers, with the thread it came on.
-class Sink {
-public:
-    DataCallback callback()
-    {
-        return [this](const std::wstring& text) {
-            std::lock_guard<std::mutex> g(lock);
-            codes.push_back(text);
-            thread = static_cast<pid_t>(syscall(SYS_gettid));
-            arrived.notify_all();
-        };
-    }
-    std::vector<std::wstring> waitFor(size_t n, std::chrono::milliseconds deadline = 5s)
-    {
-        std::unique_lock<std::mutex> g(lock);
-        arrived.wait_for(g, deadline, [&] { return codes.size() >= n; });
-        return codes;
-    }
-    std::vector<std::wstring> now()
-    {
-        std::lock_guard<std::mutex> g(lock);
-        return codes;
-    }
-    pid_t readerThread()
-    {
-        std::lock_guard<std::mutex> g(lock);
-        return thread;
-    }
-
-private:
-    std::mutex lock;
-    std::condition_variable arrived;
-    std::vector<std::wstring> codes;
-    pid_t thread = 0;
-};
+using Sink = CodeSink;
 
 std::wstring b64(const std::string& bytes)
 {

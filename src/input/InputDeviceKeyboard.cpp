@@ -1,0 +1,297 @@
+#include "input/InputDeviceKeyboard.h"
+
+#include <X11/XKBlib.h>
+#include <X11/Xlib-xcb.h>
+#include <X11/Xlib.h>
+#include <X11/extensions/XInput.h>
+#include <X11/extensions/XInput2.h>
+#include <X11/keysym.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+#include <xcb/xinput.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+
+#include "input/NonPrintableKeys.h"
+#include "util/CharsetConversion.h"
+#include "util/Logger.h"
+#include "util/SymbolCodecs.h"
+
+namespace {
+
+constexpr uint32_t kKeyEventMask = XI_KeyPressMask | XI_KeyReleaseMask;
+constexpr unsigned char kGroupSeparator = 29;
+
+struct FreeDeleter {
+    void operator()(void* p) const { std::free(p); }
+};
+template <class T>
+using XcbReply = std::unique_ptr<T, FreeDeleter>;
+
+xcb_connection_t* xcbOf(Display* display) { return XGetXCBConnection(display); }
+
+// A checked request: its error comes back here instead of going to Xlib.
+bool succeeded(xcb_connection_t* c, xcb_void_cookie_t cookie)
+{
+    XcbReply<xcb_generic_error_t> error(xcb_request_check(c, cookie));
+    return !error;
+}
+
+}  // namespace
+
+InputDeviceKeyboard::InputDeviceKeyboard(DataCallback callback, const InputDeviceKeyboardFactory& settings)
+    : InputDevice(std::move(callback)), testMode(settings.testMode)
+{
+    char bytes[10] = {};
+    const size_t n = std::wcstombs(bytes, settings.suffix.c_str(), sizeof bytes);
+    if (n != static_cast<size_t>(-1) && n >= 1)
+        suffix = bytes[n - 1];
+    gsKeysym = NonPrintableKeys::getKeyLinuxData(static_cast<NonPrintableKeys::KeyID>(settings.gsKey));
+    for (wchar_t c : settings.keyboardDevice)
+        deviceName += static_cast<char>(static_cast<uint32_t>(c) & 0xFF);
+}
+
+InputDeviceKeyboard::~InputDeviceKeyboard()
+{
+    if (thread.joinable()) {
+        running = false;
+        const uint64_t one = 1;
+        while (write(wakeFd, &one, sizeof one) < 0 && errno == EINTR) {
+        }
+        thread.join();
+    }
+    if (display) {
+        if (!serverGone && !connectionLost()) {
+            unbind();
+            XCloseDisplay(display);
+        } else {
+            // Xlib would report the dead connection to the process-wide I/O
+            // error handler, which ends the process; only the socket is closed.
+            close(ConnectionNumber(display));
+        }
+    }
+    if (wakeFd >= 0)
+        close(wakeFd);
+}
+
+bool InputDeviceKeyboard::start()
+{
+    display = XOpenDisplay(nullptr);
+    if (!display)
+        return false;
+    int opcode = 0, event = 0, error = 0;
+    if (!XQueryExtension(display, "XInputExtension", &opcode, &event, &error))
+        return false;
+    int major = 2, minor = 0;
+    XIQueryVersion(display, &major, &minor);
+    root = DefaultRootWindow(display);
+    // Fetch the key map now: later the reader must not make Xlib requests of its own.
+    XkbKeycodeToKeysym(display, 8, 0, 0);
+    wakeFd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (wakeFd < 0 || !findAndBind() || !selectHierarchyEvents())
+        return false;
+    running = true;
+    try {
+        thread = std::thread(&InputDeviceKeyboard::ReadThread, this);
+    } catch (...) {
+        running = false;
+        return false;
+    }
+    return true;
+}
+
+// Binds the last listed device whose name (blanked as the settings form shows
+// it) matches; a name found nowhere leaves the source unbound.
+bool InputDeviceKeyboard::findAndBind()
+{
+    int count = 0;
+    XDeviceInfo* devices = XListInputDevices(display, &count);
+    int found = -1;
+    for (int i = 0; i < count; ++i) {
+        std::string name = devices[i].name ? devices[i].name : "";
+        if (TrimXMLIllegalChars(name) && name == deviceName)
+            found = static_cast<int>(devices[i].id);
+    }
+    if (devices)
+        XFreeDeviceList(devices);
+    if (found == deviceId)
+        return found >= 0;
+    unbind();
+    return found >= 0 && bindDevice(found);
+}
+
+bool InputDeviceKeyboard::bindDevice(int id)
+{
+    xcb_connection_t* c = xcbOf(display);
+    XFlush(display);
+    bool ok;
+    if (!testMode) {
+        // Grabbed, the scanner's keystrokes reach no other window.
+        auto cookie = xcb_input_xi_grab_device(c, static_cast<xcb_window_t>(root), XCB_CURRENT_TIME,
+                                               XCB_NONE, static_cast<xcb_input_device_id_t>(id),
+                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC, 0, 1,
+                                               &kKeyEventMask);
+        xcb_generic_error_t* error = nullptr;
+        XcbReply<xcb_input_xi_grab_device_reply_t> reply(xcb_input_xi_grab_device_reply(c, cookie, &error));
+        std::free(error);
+        ok = reply && !error && reply->status == XCB_GRAB_STATUS_SUCCESS;
+    } else {
+        struct {
+            xcb_input_event_mask_t head;
+            uint32_t bits;
+        } mask = {{static_cast<xcb_input_device_id_t>(id), 1}, kKeyEventMask};
+        ok = succeeded(c, xcb_input_xi_select_events_checked(c, static_cast<xcb_window_t>(root), 1, &mask.head));
+    }
+    if (ok)
+        deviceId = id;
+    return ok;
+}
+
+void InputDeviceKeyboard::unbind()
+{
+    if (deviceId < 0)
+        return;
+    xcb_connection_t* c = xcbOf(display);
+    // The device may be gone already; that error is expected and dropped.
+    succeeded(c, xcb_input_xi_ungrab_device_checked(c, XCB_CURRENT_TIME,
+                                                    static_cast<xcb_input_device_id_t>(deviceId.load())));
+    deviceId = -1;
+}
+
+// Devices come and go (a scanner unplugged and plugged back): watch the list.
+bool InputDeviceKeyboard::selectHierarchyEvents()
+{
+    xcb_connection_t* c = xcbOf(display);
+    struct {
+        xcb_input_event_mask_t head;
+        uint32_t bits;
+    } mask = {{XCB_INPUT_DEVICE_ALL, 1}, XI_HierarchyChangedMask};
+    return succeeded(c, xcb_input_xi_select_events_checked(c, static_cast<xcb_window_t>(root), 1, &mask.head));
+}
+
+// The server closing the connection shows as end of file on its socket. Xlib
+// must never see that itself: it would call the process-wide I/O handler.
+bool InputDeviceKeyboard::connectionLost()
+{
+    if (xcb_connection_has_error(xcbOf(display)))
+        return true;
+    char byte;
+    const ssize_t n = recv(ConnectionNumber(display), &byte, 1, MSG_PEEK | MSG_DONTWAIT);
+    return n == 0 || (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR);
+}
+
+// Sleeps until the server sends something or the source is told to stop.
+bool InputDeviceKeyboard::waitForX()
+{
+    pollfd fds[2] = {{wakeFd, POLLIN, 0}, {serverGone ? -1 : ConnectionNumber(display), POLLIN, 0}};
+    while (poll(fds, 2, -1) < 0 && errno == EINTR) {
+    }
+    return running && !(fds[0].revents & POLLIN);
+}
+
+void InputDeviceKeyboard::ReadThread()
+{
+    std::string code;
+    while (running) {
+        if (!serverGone && connectionLost())
+            serverGone = true;
+        // Reading happens only here, after the socket was seen alive. The
+        // round trips made while handling a key can draw later events into
+        // XCB's queue, where the socket no longer shows them: look again
+        // before going to sleep.
+        if (!serverGone && XEventsQueued(display, QueuedAfterReading) > 0) {
+            while (!serverGone && XEventsQueued(display, QueuedAlready) > 0)
+                handleNextEvent(code);
+            continue;
+        }
+        if (!waitForX())
+            break;
+    }
+    log(std::wstring(115, L'-'));
+}
+
+void InputDeviceKeyboard::handleNextEvent(std::string& code)
+{
+    XEvent event;
+    XNextEvent(display, &event);
+    XGenericEventCookie* cookie = &event.xcookie;
+    if (cookie->type != GenericEvent || !XGetEventData(display, cookie))
+        return;
+    if (cookie->evtype == XI_HierarchyChanged) {
+        findAndBind();
+    } else if (cookie->evtype == XI_KeyPress) {
+        const auto* key = static_cast<const XIDeviceEvent*>(cookie->data);
+        if (key->deviceid == deviceId && !focusBelongsToOtherProcess())
+            handleKeyPress(static_cast<unsigned>(key->detail) & 0xFF, static_cast<unsigned>(key->mods.base), code);
+    }
+    XFreeEventData(display, cookie);
+    if (xcb_connection_has_error(xcbOf(display)))
+        serverGone = true;
+}
+
+// Key strokes count only while the focus is in a window of this process, or
+// where no owning process can be told (no focus, PointerRoot, no _NET_WM_PID).
+bool InputDeviceKeyboard::focusBelongsToOtherProcess()
+{
+    xcb_connection_t* c = xcbOf(display);
+    XcbReply<xcb_get_input_focus_reply_t> focus(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
+    // PointerRoot (1) is not a window: asking for its tree would fail.
+    if (!focus || focus->focus == XCB_NONE || focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT)
+        return false;
+    static const char kPidAtom[] = "_NET_WM_PID";
+    XcbReply<xcb_intern_atom_reply_t> atom(
+        xcb_intern_atom_reply(c, xcb_intern_atom(c, 1, sizeof kPidAtom - 1, kPidAtom), nullptr));
+    if (!atom || atom->atom == XCB_NONE)
+        return false;
+    for (xcb_window_t window = focus->focus; window != XCB_NONE;) {
+        XcbReply<xcb_get_property_reply_t> pid(xcb_get_property_reply(
+            c, xcb_get_property(c, 0, window, atom->atom, XCB_ATOM_CARDINAL, 0, 1), nullptr));
+        if (!pid)
+            return false;  // the window went away meanwhile
+        if (pid->format == 32 && xcb_get_property_value_length(pid.get()) >= 4)
+            return *static_cast<const uint32_t*>(xcb_get_property_value(pid.get())) !=
+                   static_cast<uint32_t>(getpid());
+        if (window == root)
+            return false;
+        XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(c, xcb_query_tree(c, window), nullptr));
+        if (!tree)
+            return false;
+        window = tree->parent;
+    }
+    return false;
+}
+
+void InputDeviceKeyboard::handleKeyPress(unsigned keycode, unsigned mods, std::string& code)
+{
+    KeySym keysym = XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), 0, (mods & ShiftMask) ? 1 : 0);
+    // Scanners type GS as Ctrl+] or F8 (always), or as the configured key.
+    if ((keysym == XK_bracketright && (mods & ControlMask)) || keysym == XK_F8 || keysym == gsKeysym) {
+        code += static_cast<char>(kGroupSeparator);
+        return;
+    }
+    if (testMode) {
+        const std::string name = NonPrintableKeys::getKeyShortName(keysym);
+        if (!name.empty()) {
+            code += name;
+            return;
+        }
+    }
+    char buffer[100] = {};
+    int extra = 0;
+    if (XkbTranslateKeySym(display, &keysym, mods, buffer, sizeof buffer, &extra) <= 0)
+        return;
+    if (buffer[0] != suffix) {
+        code += buffer[0];
+        return;
+    }
+    if (testMode)
+        code += buffer[0];
+    const std::wstring text = ConvertUTF8Input(raw2Base64(code).c_str());
+    code.clear();
+    deliver(text);
+}

@@ -1,0 +1,52 @@
+#pragma once
+#include <atomic>
+#include <string>
+#include <thread>
+
+#include "input/InputDevice.h"
+#include "input/InputDeviceKeyboardFactory.h"
+
+typedef struct _XDisplay Display;
+
+// Reads a scanner that presents itself as a keyboard, through X Input 2: the
+// device named in the settings is grabbed (or, in test mode, only listened
+// to), its key presses are turned into bytes and framed by the suffix.
+//
+// The display connection is used by one thread at a time: the reader while it
+// runs, the destroying thread after the join. Requests that the server may
+// refuse go through XCB and have their errors checked there, so no X error
+// reaches Xlib's process-wide handler, whose default ends the process.
+class InputDeviceKeyboard : public InputDevice {
+public:
+    InputDeviceKeyboard(DataCallback callback, const InputDeviceKeyboardFactory& settings);
+    ~InputDeviceKeyboard() override;
+
+    // Connects, binds the named device and starts the reader.
+    bool start();
+    // The X Input id of the bound device; -1 while none of that name exists.
+    long boundDeviceId() const { return deviceId; }
+
+private:
+    void ReadThread();
+    bool findAndBind();
+    bool bindDevice(int id);
+    void unbind();
+    bool selectHierarchyEvents();
+    void handleNextEvent(std::string& code);
+    void handleKeyPress(unsigned keycode, unsigned mods, std::string& code);
+    bool focusBelongsToOtherProcess();
+    bool connectionLost();
+    bool waitForX();
+
+    std::thread thread;
+    std::atomic<bool> running{false};
+    char suffix = '\r';
+    unsigned long gsKeysym = 0;
+    Display* display = nullptr;
+    unsigned long root = 0;
+    std::atomic<long> deviceId{-1};
+    bool testMode = false;
+    bool serverGone = false;
+    int wakeFd = -1;
+    std::string deviceName;
+};

@@ -1,0 +1,133 @@
+#include "XClient.h"
+
+#include <X11/Xatom.h>
+#include <X11/extensions/XInput.h>
+#include <X11/extensions/XInput2.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+
+#include <stdexcept>
+
+XClient::XClient() : dpy(XOpenDisplay(nullptr))
+{
+    if (!dpy)
+        throw std::runtime_error("cannot connect to the test X server");
+    int major = 2, minor = 2;
+    XIQueryVersion(dpy, &major, &minor);
+}
+
+XClient::~XClient()
+{
+    XCloseDisplay(dpy);
+}
+
+void XClient::type(const std::vector<KeySym>& keys)
+{
+    for (KeySym k : keys) {
+        const KeyCode code = XKeysymToKeycode(dpy, k);
+        XTestFakeKeyEvent(dpy, code, True, CurrentTime);
+        XTestFakeKeyEvent(dpy, code, False, CurrentTime);
+    }
+    XSync(dpy, False);
+}
+
+void XClient::typeText(const std::string& text)
+{
+    std::vector<KeySym> keys;
+    for (char c : text)
+        keys.push_back(c == '\n' ? XK_Return : static_cast<KeySym>(static_cast<unsigned char>(c)));
+    type(keys);
+}
+
+void XClient::chord(KeySym modifier, KeySym key)
+{
+    const KeyCode m = XKeysymToKeycode(dpy, modifier);
+    const KeyCode k = XKeysymToKeycode(dpy, key);
+    XTestFakeKeyEvent(dpy, m, True, CurrentTime);
+    XTestFakeKeyEvent(dpy, k, True, CurrentTime);
+    XTestFakeKeyEvent(dpy, k, False, CurrentTime);
+    XTestFakeKeyEvent(dpy, m, False, CurrentTime);
+    XSync(dpy, False);
+}
+
+std::vector<int> XClient::devicesNamed(const std::string& name)
+{
+    std::vector<int> ids;
+    int count = 0;
+    XDeviceInfo* list = XListInputDevices(dpy, &count);
+    for (int i = 0; i < count; ++i)
+        if (list[i].name && name == list[i].name)
+            ids.push_back(static_cast<int>(list[i].id));
+    if (list)
+        XFreeDeviceList(list);
+    return ids;
+}
+
+int XClient::addMaster(const std::string& name)
+{
+    XIAddMasterInfo add{};
+    add.type = XIAddMaster;
+    add.name = const_cast<char*>(name.c_str());
+    add.send_core = True;
+    add.enable = True;
+    XIChangeHierarchy(dpy, reinterpret_cast<XIAnyHierarchyChangeInfo*>(&add), 1);
+    XSync(dpy, False);
+    const auto ids = devicesNamed(name + " XTEST keyboard");
+    return ids.empty() ? -1 : ids.back();
+}
+
+void XClient::removeMasters(const std::string& name)
+{
+    int count = 0;
+    XIDeviceInfo* devices = XIQueryDevice(dpy, XIAllDevices, &count);
+    for (int i = 0; i < count; ++i) {
+        if (devices[i].use != XIMasterKeyboard || name + " keyboard" != devices[i].name)
+            continue;
+        XIRemoveMasterInfo remove{};
+        remove.type = XIRemoveMaster;
+        remove.deviceid = devices[i].deviceid;
+        remove.return_mode = XIFloating;
+        XIChangeHierarchy(dpy, reinterpret_cast<XIAnyHierarchyChangeInfo*>(&remove), 1);
+    }
+    XIFreeDeviceInfo(devices);
+    XSync(dpy, False);
+}
+
+void XClient::typeOn(int deviceId, const std::vector<KeySym>& keys)
+{
+    XDevice* device = XOpenDevice(dpy, static_cast<XID>(deviceId));
+    if (!device)
+        throw std::runtime_error("cannot open the XTest device");
+    for (KeySym k : keys) {
+        const KeyCode code = XKeysymToKeycode(dpy, k);
+        XTestFakeDeviceKeyEvent(dpy, device, code, True, nullptr, 0, CurrentTime);
+        XTestFakeDeviceKeyEvent(dpy, device, code, False, nullptr, 0, CurrentTime);
+    }
+    XSync(dpy, False);
+    XCloseDevice(dpy, device);
+}
+
+bool XClient::grabSucceeds(int deviceId)
+{
+    unsigned char bits[1] = {};
+    XIEventMask mask{deviceId, sizeof bits, bits};
+    const Status s = XIGrabDevice(dpy, deviceId, DefaultRootWindow(dpy), CurrentTime, None,
+                                  GrabModeAsync, GrabModeAsync, False, &mask);
+    if (s == GrabSuccess)
+        XIUngrabDevice(dpy, deviceId, CurrentTime);
+    XSync(dpy, False);
+    return s == GrabSuccess;
+}
+
+Window XClient::focusWindowOwnedBy(long pid)
+{
+    const Window w = XCreateSimpleWindow(dpy, DefaultRootWindow(dpy), 0, 0, 100, 100, 0, 0, 0);
+    const Atom pidAtom = XInternAtom(dpy, "_NET_WM_PID", False);
+    XChangeProperty(dpy, w, pidAtom, XA_CARDINAL, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(&pid), 1);
+    XMapWindow(dpy, w);
+    XSync(dpy, False);
+    XSetInputFocus(dpy, w, RevertToParent, CurrentTime);
+    XSync(dpy, False);
+    return w;
+}

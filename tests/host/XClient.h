@@ -1,0 +1,38 @@
+#pragma once
+// A second X client the tests drive the server with: types keys through
+// XTest, manages input devices and windows, as a person or a system would.
+#include <X11/Xlib.h>
+
+#include <string>
+#include <vector>
+
+class XClient {
+public:
+    XClient();
+    ~XClient();
+    XClient(const XClient&) = delete;
+    XClient& operator=(const XClient&) = delete;
+
+    Display* display() const { return dpy; }
+
+    // Presses and releases each key in turn (keysyms, so no key map is assumed).
+    void type(const std::vector<KeySym>& keys);
+    void typeText(const std::string& text);  // digits, letters, Return for '\n'
+    void chord(KeySym modifier, KeySym key);
+
+    // Device ids by name, in the order the server lists them.
+    std::vector<int> devicesNamed(const std::string& name);
+    // A new master device pair comes with its own XTest slave keyboard,
+    // "<name> XTEST keyboard", which X Input 1 listings show; its id is returned.
+    int addMaster(const std::string& name);
+    void removeMasters(const std::string& name);  // every master pair of that name
+    // Types on one given XTest slave keyboard instead of the core one.
+    void typeOn(int deviceId, const std::vector<KeySym>& keys);
+    bool grabSucceeds(int deviceId);  // tries a grab from this client, releases it
+
+    // A mapped window owned (by _NET_WM_PID) by the given process, with the focus.
+    Window focusWindowOwnedBy(long pid);
+
+private:
+    Display* dpy;
+};

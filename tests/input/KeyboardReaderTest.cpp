@@ -1,0 +1,253 @@
+// The keyboard reader against a real X server, keys injected through XTest.
+#include <gtest/gtest.h>
+
+#include <X11/keysym.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "CodeSink.h"
+#include "XClient.h"
+#include "XvfbServer.h"
+#include "input/InputDeviceKeyboard.h"
+#include "input/InputDeviceKeyboardFactory.h"
+#include "util/SymbolCodecs.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+const std::wstring kXTestKeyboard = L"Virtual core XTEST keyboard";
+
+std::wstring b64(const std::string& bytes)
+{
+    const std::string t = raw2Base64(bytes);
+    return std::wstring(t.begin(), t.end());
+}
+
+InputDeviceKeyboardFactory factoryFor(const std::wstring& device = kXTestKeyboard)
+{
+    InputDeviceKeyboardFactory f;
+    f.keyboardDevice = device;
+    return f;
+}
+
+class KeyboardReader : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { server = new XvfbServer(); }
+    static void TearDownTestSuite()
+    {
+        delete server;
+        server = nullptr;
+    }
+    void SetUp() override
+    {
+        x = std::make_unique<XClient>();
+        xtestId = x->devicesNamed("Virtual core XTEST keyboard").at(0);
+    }
+    static XvfbServer* server;
+    std::unique_ptr<XClient> x;
+    int xtestId = -1;
+    CodeSink sink;
+};
+XvfbServer* KeyboardReader::server = nullptr;
+
+}  // namespace
+
+TEST_F(KeyboardReader, DigitsThenEnter)
+{
+    auto source = factoryFor().create(sink.callback());
+    ASSERT_TRUE(source);
+    x->typeText("123\n");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{L"MTIz"});
+    EXPECT_NE(sink.readerThread(), static_cast<pid_t>(syscall(SYS_gettid)));
+}
+
+TEST_F(KeyboardReader, EnterAloneGivesEmptyText)
+{
+    auto source = factoryFor().create(sink.callback());
+    ASSERT_TRUE(source);
+    x->typeText("\n");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{L""});
+}
+
+TEST_F(KeyboardReader, F8IsAlwaysGroupSeparator)
+{
+    for (int gsKey : {-1, 3}) {
+        CodeSink s;
+        auto f = factoryFor();
+        f.gsKey = gsKey;
+        auto source = f.create(s.callback());
+        ASSERT_TRUE(source);
+        x->type({XK_0, XK_1, XK_F8, XK_2, XK_Return});
+        EXPECT_EQ(s.waitFor(1), std::vector<std::wstring>{b64("01\x1D" "2")}) << gsKey;
+    }
+}
+
+TEST_F(KeyboardReader, ConfiguredKeyIsGroupSeparator)
+{
+    auto f = factoryFor();
+    f.gsKey = 3;  // F4
+    auto source = f.create(sink.callback());
+    ASSERT_TRUE(source);
+    x->type({XK_1, XK_F4, XK_2, XK_Return});
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("1\x1D" "2")});
+}
+
+TEST_F(KeyboardReader, ControlBracketIsGroupSeparatorBracketAloneIsNot)
+{
+    auto source = factoryFor().create(sink.callback());
+    ASSERT_TRUE(source);
+    x->type({XK_1});
+    x->chord(XK_Control_L, XK_bracketright);
+    x->type({XK_bracketright, XK_Return});
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("1\x1D]")});
+}
+
+TEST_F(KeyboardReader, ShiftGivesCapitals)
+{
+    auto source = factoryFor().create(sink.callback());
+    ASSERT_TRUE(source);
+    x->chord(XK_Shift_L, XK_a);
+    x->type({XK_b, XK_Return});
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("Ab")});
+}
+
+TEST_F(KeyboardReader, SuffixFromSettings)
+{
+    auto f = factoryFor();
+    f.suffix = L"x";
+    auto source = f.create(sink.callback());
+    ASSERT_TRUE(source);
+    x->typeText("12\n3x");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("12\r3")});
+}
+
+TEST_F(KeyboardReader, TestModeNamesSpecialKeysAndKeepsSuffix)
+{
+    auto f = factoryFor();
+    f.testMode = true;
+    auto source = f.create(sink.callback());
+    ASSERT_TRUE(source);
+    x->type({XK_F1, XK_Return});
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("'F1'\r")});
+}
+
+TEST_F(KeyboardReader, GrabsInNormalModeOnly)
+{
+    {
+        auto source = factoryFor().create(sink.callback());
+        ASSERT_TRUE(source);
+        EXPECT_FALSE(x->grabSucceeds(xtestId));
+    }
+    EXPECT_TRUE(x->grabSucceeds(xtestId));  // released on destruction
+    auto f = factoryFor();
+    f.testMode = true;
+    auto listener = f.create(sink.callback());
+    ASSERT_TRUE(listener);
+    EXPECT_TRUE(x->grabSucceeds(xtestId));
+}
+
+TEST_F(KeyboardReader, KeysWhileAnotherProcessHasFocusAreIgnored)
+{
+    auto source = factoryFor().create(sink.callback());
+    ASSERT_TRUE(source);
+    // A window whose owner, by _NET_WM_PID, is another process (the X server's).
+    XClient other;
+    const Window foreign = other.focusWindowOwnedBy(getppid() == 1 ? 1 : getppid());
+    x->typeText("11\n");
+    std::this_thread::sleep_for(200ms);
+    EXPECT_TRUE(sink.now().empty());
+
+    XClient mine;
+    const Window own = mine.focusWindowOwnedBy(getpid());
+    x->typeText("22\n");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("22")});
+    (void)foreign;
+    (void)own;
+}
+
+TEST_F(KeyboardReader, FocusOnPointerRootIsNoFocusWindow)
+{
+    XSetInputFocus(x->display(), PointerRoot, RevertToPointerRoot, CurrentTime);
+    XSync(x->display(), False);
+    auto source = factoryFor().create(sink.callback());
+    ASSERT_TRUE(source);
+    x->typeText("5\n");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("5")});
+}
+
+TEST_F(KeyboardReader, TwoDevicesOfOneNameBindTheLastListed)
+{
+    x->addMaster("Twin");
+    x->addMaster("Twin");
+    const auto ids = x->devicesNamed("Twin XTEST keyboard");
+    ASSERT_EQ(ids.size(), 2u);
+    auto source = factoryFor(L"Twin XTEST keyboard").create(sink.callback());
+    ASSERT_TRUE(source);
+    EXPECT_EQ(static_cast<InputDeviceKeyboard&>(*source).boundDeviceId(), ids.back());
+    x->typeOn(ids.front(), {XK_1, XK_Return});
+    x->typeOn(ids.back(), {XK_2, XK_Return});
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("2")});
+    source.reset();
+    x->removeMasters("Twin");
+}
+
+TEST_F(KeyboardReader, UnknownNameOrNoServerFailsToOpen)
+{
+    EXPECT_FALSE(factoryFor(L"No such scanner").create(sink.callback()));
+    EXPECT_FALSE(factoryFor(L"").create(sink.callback()));
+    {
+        DisplayOverride unset("");
+        EXPECT_FALSE(factoryFor().create(sink.callback()));
+    }
+    {
+        DisplayOverride nowhere(":4071");
+        EXPECT_FALSE(factoryFor().create(sink.callback()));
+    }
+}
+
+TEST_F(KeyboardReader, ReplugBindsAndGrabsTheNewDevice)
+{
+    const int before = x->addMaster("Hotplug");
+    auto source = factoryFor(L"Hotplug XTEST keyboard").create(sink.callback());
+    ASSERT_TRUE(source);
+    auto& keyboard = static_cast<InputDeviceKeyboard&>(*source);
+    EXPECT_EQ(keyboard.boundDeviceId(), before);
+    EXPECT_FALSE(x->grabSucceeds(before));
+    x->typeOn(before, {XK_1, XK_Return});
+    ASSERT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("1")});
+
+    x->removeMasters("Hotplug");
+    for (int i = 0; i < 200 && keyboard.boundDeviceId() != -1; ++i)
+        std::this_thread::sleep_for(10ms);
+    EXPECT_EQ(keyboard.boundDeviceId(), -1);
+
+    const int after = x->addMaster("Hotplug");
+    for (int i = 0; i < 200 && keyboard.boundDeviceId() != after; ++i)
+        std::this_thread::sleep_for(10ms);
+    EXPECT_EQ(keyboard.boundDeviceId(), after);
+    EXPECT_FALSE(x->grabSucceeds(after));
+    x->typeOn(after, {XK_2, XK_Return});
+    EXPECT_EQ(sink.waitFor(2), (std::vector<std::wstring>{b64("1"), b64("2")}));
+    source.reset();
+    EXPECT_TRUE(x->grabSucceeds(after));
+    x->removeMasters("Hotplug");
+}
+
+TEST(KeyboardReaderServerLoss, ServerGoingAwayLeavesTheProcessRunning)
+{
+    XvfbServer server;
+    CodeSink sink;
+    auto source = factoryFor().create(sink.callback());
+    ASSERT_TRUE(source);
+    {
+        XClient x;
+        x.typeText("9\n");
+        ASSERT_EQ(sink.waitFor(1).size(), 1u);
+    }
+    server.kill();
+    std::this_thread::sleep_for(200ms);
+    source.reset();  // returns, and the process goes on
+    SUCCEED();
+}
