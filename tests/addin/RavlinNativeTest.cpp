@@ -95,6 +95,7 @@ TEST_F(EnglishComponent, SerialScanRaisesEnglishEvents)
     ASSERT_TRUE(c.setParameter(L"Port", intVar(130)));
     ASSERT_EQ(c.open(), L"InputDevice#2");
     second.write("CD\r");
+    ASSERT_EQ(connection.waitForEvents(2).size(), 2u);
     line.write("EF\r");
     const auto more = connection.waitForEvents(3);
     ASSERT_EQ(more.size(), 3u);
