@@ -1,0 +1,96 @@
+// Keyboard path figures: key-to-event latency, idle wake-ups of the reader
+// against a 1 ms sleep loop, and Close latency.
+#include <X11/keysym.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <fstream>
+#include <thread>
+
+#include "BenchUtil.h"
+#include "PrivateDev.h"
+#include "TestHost.h"
+#include "XClient.h"
+#include "XvfbServer.h"
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+namespace {
+
+long voluntarySwitches(pid_t tid)
+{
+    std::ifstream status("/proc/self/task/" + std::to_string(tid) + "/status");
+    std::string line;
+    while (std::getline(status, line))
+        if (line.rfind("voluntary_ctxt_switches:", 0) == 0)
+            return std::stol(line.substr(line.find(':') + 1));
+    return -1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    enterPrivateDev(argc, argv);
+    XvfbServer server;
+    XClient x;
+    TestHost host;
+    Component c = host.create(L"InputDevice");
+    c.setParameter(L"Port", intVar(0));
+    c.setParameter(L"KeyboardDevice", c.str(L"Virtual core XTEST keyboard"));
+    c.setParameter(L"OutputDataType", intVar(2));
+    std::wstring id = c.open();
+    if (id.empty())
+        return 1;
+
+    const int codes = 2000;
+    std::vector<double> latency;
+    for (int i = 0; i < codes; ++i) {
+        x.type({XK_4, XK_6, XK_0, XK_1});
+        const auto sent = Clock::now();
+        x.type({XK_Return});
+        const HostEvent e = host.connection.waitForEvent(static_cast<size_t>(i) + 1, 5s);
+        if (e.thread == 0)
+            return 1;
+        latency.push_back(microseconds(e.at - sent));
+    }
+    report("key-to-event latency p50", percentile(latency, 50), 0, "us");
+    report("key-to-event latency p99", percentile(latency, 99), 0, "us");
+
+    // Idle: the reader sleeps in poll; the baseline is a 1 ms sleep loop.
+    const pid_t reader = host.connection.waitForEvent(1).thread;
+    const long before = voluntarySwitches(reader);
+    std::atomic<bool> stop{false};
+    std::atomic<pid_t> sleeper{0};
+    std::thread loop([&] {
+        sleeper = static_cast<pid_t>(syscall(SYS_gettid));
+        while (!stop)
+            std::this_thread::sleep_for(1ms);
+    });
+    while (sleeper == 0)
+        std::this_thread::yield();
+    const long loopBefore = voluntarySwitches(sleeper);
+    std::this_thread::sleep_for(5s);
+    const long readerWakeups = voluntarySwitches(reader) - before;
+    const long loopWakeups = voluntarySwitches(sleeper) - loopBefore;
+    stop = true;
+    loop.join();
+    report("idle wake-ups of the reader in 5 s", static_cast<double>(readerWakeups),
+           static_cast<double>(loopWakeups), "", "1 ms sleep loop");
+    c.close(id);
+
+    std::vector<double> closeLatency;
+    for (int i = 0; i < 200; ++i) {
+        id = c.open();
+        const auto start = Clock::now();
+        c.close(id);
+        closeLatency.push_back(microseconds(Clock::now() - start));
+    }
+    report("keyboard Close latency p50", percentile(closeLatency, 50), 0, "us");
+    report("keyboard Close latency p99", percentile(closeLatency, 99), 0, "us");
+    IComponentBase* o = c.object();
+    host.destroy(o);
+    return 0;
+}
