@@ -17,7 +17,7 @@ std::string runWithInput(const std::string& command, const std::string& input)
     if (!input.empty() && write(fd, input.data(), input.size()) != static_cast<ssize_t>(input.size()))
         throw std::runtime_error("write failed");
     close(fd);
-    const std::string out = runCommand(command + " < " + path);
+    const std::string out = runCommand("(" + command + ") < " + path);
     unlink(path);
     return out;
 }

@@ -1,0 +1,82 @@
+#include "params/DeviceNodes.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+#include <xcb/xinput.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace {
+
+void walk(int dirFd, const std::string& path, const std::string& prefix, std::vector<std::string>& found)
+{
+    DIR* dir = fdopendir(dirFd);
+    if (!dir) {
+        close(dirFd);
+        return;
+    }
+    while (dirent* entry = readdir(dir)) {
+        const char* name = entry->d_name;
+        if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0)
+            continue;
+        const std::string full = path + name;
+        if (std::strncmp(name, prefix.c_str(), prefix.size()) == 0)
+            found.push_back(full);
+        bool isDir = entry->d_type == DT_DIR;
+        if (entry->d_type == DT_UNKNOWN) {
+            struct stat st;
+            isDir = fstatat(dirfd(dir), name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
+        }
+        if (isDir) {
+            const int child = openat(dirfd(dir), name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            if (child >= 0)
+                walk(child, full + "/", prefix, found);
+        }
+    }
+    closedir(dir);
+}
+
+struct FreeDeleter {
+    void operator()(void* p) const { std::free(p); }
+};
+
+}  // namespace
+
+std::vector<std::string> findDeviceNodes(const std::string& prefix, const std::string& root)
+{
+    std::vector<std::string> found;
+    const int fd = open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0)
+        walk(fd, root.back() == '/' ? root : root + "/", prefix, found);
+    return found;
+}
+
+std::vector<std::string> listKeyboardDeviceNames()
+{
+    std::vector<std::string> names;
+    xcb_connection_t* c = xcb_connect(nullptr, nullptr);
+    if (xcb_connection_has_error(c)) {
+        xcb_disconnect(c);
+        return names;
+    }
+    std::unique_ptr<xcb_input_list_input_devices_reply_t, FreeDeleter> devices(
+        xcb_input_list_input_devices_reply(c, xcb_input_list_input_devices(c), nullptr));
+    static const char kKeyboard[] = "KEYBOARD";
+    std::unique_ptr<xcb_intern_atom_reply_t, FreeDeleter> keyboardAtom(
+        xcb_intern_atom_reply(c, xcb_intern_atom(c, 1, sizeof kKeyboard - 1, kKeyboard), nullptr));
+    if (devices && keyboardAtom && keyboardAtom->atom != XCB_NONE) {
+        const xcb_input_device_info_t* info = xcb_input_list_input_devices_devices(devices.get());
+        xcb_str_iterator_t name = xcb_input_list_input_devices_names_iterator(devices.get());
+        const int count = xcb_input_list_input_devices_devices_length(devices.get());
+        for (int i = 0; i < count && name.rem > 0; ++i, xcb_str_next(&name))
+            if (info[i].device_type == keyboardAtom->atom)
+                names.emplace_back(xcb_str_name(name.data), xcb_str_name_length(name.data));
+    }
+    xcb_disconnect(c);
+    return names;
+}

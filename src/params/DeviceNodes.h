@@ -1,0 +1,14 @@
+#pragma once
+// What the machine offers: serial device nodes under /dev and the keyboard
+// devices of the X server. Both are found in-process: no shell is started
+// inside the host, and no X error can reach Xlib's handlers.
+#include <string>
+#include <vector>
+
+// Paths under `root` whose names start with `prefix`, as `find ROOT -name
+// "PREFIX*"` prints them: recursive, symbolic links listed but not followed.
+std::vector<std::string> findDeviceNodes(const std::string& prefix, const std::string& root = "/dev/");
+
+// Names of the X input devices of the keyboard type on the default display, in
+// the server's order; empty when no display can be reached.
+std::vector<std::string> listKeyboardDeviceNames();
