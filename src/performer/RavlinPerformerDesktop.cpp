@@ -1,6 +1,7 @@
 #include "performer/RavlinPerformerDesktop.h"
 
 #include "addin/StringConversion.h"
+#include "dialog/DevTestDialogLinux.h"
 #include "performer/AppSettings.h"
 
 namespace {
@@ -129,6 +130,14 @@ bool RavlinPerformerDesktop::CloseDevice(const std::wstring& deviceId)
 
 bool RavlinPerformerDesktop::TestDevice(const std::wstring&)
 {
+    // The window listens to every port: a code there ends with the line going quiet.
+    InputDeviceComPortFactory ports = comPortFactory;
+    ports.suffix.clear();
+    InputDeviceKeyboardFactory keyboards = keyboardFactory;
+    keyboards.testMode = true;
+    DevTestDialogLinux dialog(keyboards, ports, AppSettings::locale() == 0,
+                              static_cast<int>(AppSettings::ioDataType()));
+    dialog.ShowDlg();
     return true;
 }
 

@@ -6,7 +6,9 @@
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 XClient::XClient() : dpy(XOpenDisplay(nullptr))
 {
@@ -130,4 +132,66 @@ Window XClient::focusWindowOwnedBy(long pid)
     XSetInputFocus(dpy, w, RevertToParent, CurrentTime);
     XSync(dpy, False);
     return w;
+}
+
+namespace {
+
+std::string windowName(Display* dpy, Window w)
+{
+    const Atom utf8 = XInternAtom(dpy, "UTF8_STRING", False);
+    const Atom netName = XInternAtom(dpy, "_NET_WM_NAME", False);
+    Atom type;
+    int format;
+    unsigned long count, after;
+    unsigned char* data = nullptr;
+    std::string name;
+    if (XGetWindowProperty(dpy, w, netName, 0, 1024, False, utf8, &type, &format, &count, &after, &data) ==
+            Success && data) {
+        name.assign(reinterpret_cast<char*>(data), count);
+        XFree(data);
+    }
+    return name;
+}
+
+}  // namespace
+
+Window XClient::waitForWindow(const std::string& title, int milliseconds)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    while (std::chrono::steady_clock::now() < deadline) {
+        Window root, parent, *children = nullptr;
+        unsigned count = 0;
+        Window found = 0;
+        if (XQueryTree(dpy, DefaultRootWindow(dpy), &root, &parent, &children, &count)) {
+            for (unsigned i = 0; i < count && !found; ++i) {
+                XWindowAttributes a;
+                if (XGetWindowAttributes(dpy, children[i], &a) && a.map_state == IsViewable &&
+                    windowName(dpy, children[i]) == title)
+                    found = children[i];
+            }
+            XFree(children);
+        }
+        if (found)
+            return found;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return 0;
+}
+
+void XClient::geometry(Window w, int& x, int& y, int& width, int& height)
+{
+    XWindowAttributes a;
+    XGetWindowAttributes(dpy, w, &a);
+    Window child;
+    XTranslateCoordinates(dpy, w, DefaultRootWindow(dpy), 0, 0, &x, &y, &child);
+    width = a.width;
+    height = a.height;
+}
+
+void XClient::click(int x, int y)
+{
+    XTestFakeMotionEvent(dpy, -1, x, y, CurrentTime);
+    XTestFakeButtonEvent(dpy, 1, True, CurrentTime);
+    XTestFakeButtonEvent(dpy, 1, False, CurrentTime);
+    XSync(dpy, False);
 }

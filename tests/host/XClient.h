@@ -30,6 +30,13 @@ public:
     void typeOn(int deviceId, const std::vector<KeySym>& keys);
     bool grabSucceeds(int deviceId);  // tries a grab from this client, releases it
 
+    // The top-level window whose _NET_WM_NAME is title, or 0 after the deadline.
+    Window waitForWindow(const std::string& title, int milliseconds = 10000);
+    // Its position on the screen and its size.
+    void geometry(Window w, int& x, int& y, int& width, int& height);
+    // A left click at a point of the screen, as a person's pointer would make it.
+    void click(int x, int y);
+
     // A mapped window owned (by _NET_WM_PID) by the given process, with the focus.
     Window focusWindowOwnedBy(long pid);
 

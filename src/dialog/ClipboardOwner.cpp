@@ -1,0 +1,135 @@
+#include "dialog/ClipboardOwner.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+enum { Clipboard, Targets, Utf8String, String };
+
+xcb_atom_t intern(xcb_connection_t* c, const char* name)
+{
+    xcb_intern_atom_reply_t* reply =
+        xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, static_cast<uint16_t>(std::strlen(name)), name), nullptr);
+    const xcb_atom_t atom = reply ? reply->atom : XCB_NONE;
+    std::free(reply);
+    return atom;
+}
+
+}  // namespace
+
+ClipboardOwner& ClipboardOwner::instance()
+{
+    static ClipboardOwner owner;
+    return owner;
+}
+
+ClipboardOwner::~ClipboardOwner()
+{
+    stop();
+}
+
+void ClipboardOwner::stop()
+{
+    if (thread.joinable()) {
+        running = false;
+        const uint64_t one = 1;
+        while (write(wakeFd, &one, sizeof one) < 0 && errno == EINTR) {
+        }
+        thread.join();
+    }
+    if (connection)
+        xcb_disconnect(static_cast<xcb_connection_t*>(connection));
+    connection = nullptr;
+    if (wakeFd >= 0)
+        close(wakeFd);
+    wakeFd = -1;
+}
+
+bool ClipboardOwner::setText(const std::string& utf8)
+{
+    // A fresh owner each time: the previous one may have lost the selection
+    // or its server meanwhile.
+    stop();
+    std::lock_guard<std::mutex> guard(lock);
+    text = utf8;
+    auto* c = xcb_connect(nullptr, nullptr);
+    connection = c;
+    if (xcb_connection_has_error(c))
+        return false;
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
+    window = xcb_generate_id(c);
+    xcb_create_window(c, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    const char* names[] = {"CLIPBOARD", "TARGETS", "UTF8_STRING", "STRING"};
+    for (int i = 0; i < 4; ++i)
+        atoms[i] = intern(c, names[i]);
+    xcb_set_selection_owner(c, window, atoms[Clipboard], XCB_CURRENT_TIME);
+    xcb_get_selection_owner_reply_t* owner =
+        xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, atoms[Clipboard]), nullptr);
+    const bool owned = owner && owner->owner == window;
+    std::free(owner);
+    wakeFd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (!owned || wakeFd < 0)
+        return false;
+    running = true;
+    try {
+        thread = std::thread(&ClipboardOwner::serve, this);
+    } catch (...) {
+        running = false;
+        return false;
+    }
+    return true;
+}
+
+void ClipboardOwner::serve()
+{
+    auto* c = static_cast<xcb_connection_t*>(connection);
+    pollfd fds[2] = {{wakeFd, POLLIN, 0}, {xcb_get_file_descriptor(c), POLLIN, 0}};
+    while (running && !xcb_connection_has_error(c)) {
+        xcb_generic_event_t* event = xcb_poll_for_event(c);
+        if (!event) {
+            while (poll(fds, 2, -1) < 0 && errno == EINTR) {
+            }
+            if (fds[0].revents & POLLIN)
+                break;
+            continue;
+        }
+        const uint8_t type = event->response_type & 0x7F;
+        if (type == XCB_SELECTION_CLEAR) {
+            std::free(event);
+            break;  // another client owns the clipboard now
+        }
+        if (type == XCB_SELECTION_REQUEST) {
+            const auto* request = reinterpret_cast<xcb_selection_request_event_t*>(event);
+            xcb_selection_notify_event_t notify{};
+            notify.response_type = XCB_SELECTION_NOTIFY;
+            notify.time = request->time;
+            notify.requestor = request->requestor;
+            notify.selection = request->selection;
+            notify.target = request->target;
+            notify.property = request->property ? request->property : request->target;
+            if (request->target == atoms[Targets]) {
+                const xcb_atom_t offered[] = {atoms[Targets], atoms[Utf8String], atoms[String]};
+                xcb_change_property(c, XCB_PROP_MODE_REPLACE, request->requestor, notify.property,
+                                    XCB_ATOM_ATOM, 32, 3, offered);
+            } else if (request->target == atoms[Utf8String] || request->target == atoms[String]) {
+                std::lock_guard<std::mutex> guard(lock);
+                xcb_change_property(c, XCB_PROP_MODE_REPLACE, request->requestor, notify.property,
+                                    request->target, 8, static_cast<uint32_t>(text.size()), text.data());
+            } else {
+                notify.property = XCB_NONE;  // a form not offered
+            }
+            xcb_send_event(c, 0, request->requestor, XCB_EVENT_MASK_NO_EVENT,
+                           reinterpret_cast<const char*>(&notify));
+            xcb_flush(c);
+        }
+        std::free(event);
+    }
+}

@@ -1,0 +1,47 @@
+#include "dialog/GtkApi.h"
+
+#include <dlfcn.h>
+
+#include <mutex>
+
+namespace {
+
+GtkApi* load()
+{
+    // A host built on GTK 3 has it loaded already; GTK 2 must not join it.
+    void* handle = dlopen("libgtk-3.so.0", RTLD_NOW | RTLD_NOLOAD);
+    int version = 3;
+    if (!handle) {
+        handle = dlopen("libgtk-x11-2.0.so.0", RTLD_NOW | RTLD_LOCAL);
+        version = 2;
+    }
+    if (!handle)
+        return nullptr;
+    auto* api = new GtkApi();
+    api->majorVersion = version;
+    bool complete = true;
+#define RAVLIN_RESOLVE_GTK(ret, name, args)                                   \
+    api->name = reinterpret_cast<ret(*) args>(dlsym(handle, #name));         \
+    complete = complete && api->name != nullptr;
+    RAVLIN_GTK_FUNCTIONS(RAVLIN_RESOLVE_GTK)
+#undef RAVLIN_RESOLVE_GTK
+    if (!complete) {
+        delete api;
+        return nullptr;
+    }
+    return api;
+}
+
+}  // namespace
+
+const GtkApi* GtkApi::get()
+{
+    static GtkApi* const api = load();
+    if (!api)
+        return nullptr;
+    // A host that has not started the toolkit gets it started here; without a
+    // display this fails quietly and the window is skipped.
+    if (!api->gdk_display_get_default() && (api->majorVersion == 3 || !api->gtk_init_check(nullptr, nullptr)))
+        return nullptr;
+    return api;
+}
