@@ -1,0 +1,168 @@
+// The device test window under a real X server, driven as a person would:
+// pointer clicks through XTest, the clipboard read back with xclip.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <thread>
+
+#include "ChildProcess.h"
+#include "ElfInfo.h"
+#include "TestHost.h"
+#include "TestUtil.h"
+#include "VirtualSerialPort.h"
+#include "XClient.h"
+#include "XvfbServer.h"
+#include "dialog/DevTestDialogLinux.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+// Where a person would click, measured from the window's top-left corner
+// (buttons from its right edge): the toolkits' default themes differ.
+struct Layout {
+    int firstRowY;
+    int buttonsFromRight;
+    int closeY, clearY, copyY;
+};
+
+struct HostKind {
+    const char* name;
+    const char* program;
+    Layout layout;
+};
+
+const HostKind kHosts[] = {
+    {"plain", DEVICE_TEST_HOST, {42, 57, 20, 57, 94}},
+    {"gtk3", GTK3_DEVICE_TEST_HOST, {48, 60, 22, 66, 110}},
+};
+
+std::string clipboard()
+{
+    return runCommand("timeout 5 xclip -o -selection clipboard 2>/dev/null");
+}
+
+class DeviceTestWindow : public ::testing::TestWithParam<HostKind> {};
+
+}  // namespace
+
+TEST_P(DeviceTestWindow, ListsCopiesClearsAndCloses)
+{
+    const HostKind& kind = GetParam();
+    XvfbServer server;
+    VirtualSerialPort usb("ttyUSB1");
+    XClient x;
+    ChildProcess host({kind.program}, {"LSAN_OPTIONS=suppressions=" RAVLIN_TEST_DATA "/dialog/lsan.supp"});
+
+    const Window window = x.waitForWindow("Тест устройства");
+    ASSERT_NE(window, 0u) << "the window did not appear";
+    int wx, wy, width, height;
+    x.geometry(window, wx, wy, width, height);
+    EXPECT_GE(width, 600);
+    EXPECT_GE(height, 400);
+    const Layout& at = kind.layout;
+    const int buttonX = wx + width - at.buttonsFromRight;
+
+    // The window listens to the X keyboard without taking it from anyone.
+    const auto keyboards = x.devicesNamed("Xvfb keyboard");
+    ASSERT_FALSE(keyboards.empty());
+    EXPECT_TRUE(x.grabSucceeds(keyboards[0]));
+
+    // A code with no suffix at all: the window's serial sources end codes on a pause.
+    usb.write("0104\x1D" "21AB");
+    std::this_thread::sleep_for(500ms);
+    x.click(wx + 150, wy + at.firstRowY);
+    x.click(buttonX, wy + at.copyY);
+    EXPECT_EQ(clipboard(), "0104 'GS' 21AB");
+
+    mkdir(RAVLIN_ARTIFACT_DIR, 0755);
+    const std::string shot = std::string(RAVLIN_ARTIFACT_DIR "/device-test") +
+                             (std::string(kind.name) == "plain" ? "" : std::string("-") + kind.name) + ".png";
+    runCommand("import -display " + server.display() + " -window root " + shot);
+
+    // Clear empties the list: the same clicks now select nothing and copy nothing.
+    x.click(buttonX, wy + at.clearY);
+    x.click(wx + 150, wy + at.firstRowY);
+    x.click(buttonX, wy + at.copyY);
+    std::this_thread::sleep_for(100ms);
+    EXPECT_EQ(clipboard(), "0104 'GS' 21AB");
+
+    x.click(buttonX, wy + at.closeY);
+    const std::string result = host.readLine();
+    EXPECT_EQ(result.rfind("DeviceTest returned 1 result 1", 0), 0u) << result;
+    if (std::string(kind.name) == "gtk3") {
+        EXPECT_NE(result.find("gtk 3"), std::string::npos);
+    }
+    // The copied code outlives the window for as long as the host runs.
+    EXPECT_EQ(clipboard(), "0104 'GS' 21AB");
+    host.closeInput();
+    EXPECT_EQ(host.wait(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, DeviceTestWindow, ::testing::ValuesIn(kHosts),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(DeviceTestWindowNoSerialNodes, StillOpensAndCloses)
+{
+    XvfbServer server;
+    XClient x;
+    ChildProcess host({DEVICE_TEST_HOST}, {"LSAN_OPTIONS=suppressions=" RAVLIN_TEST_DATA "/dialog/lsan.supp"});
+    const Window window = x.waitForWindow("Тест устройства");
+    ASSERT_NE(window, 0u);
+    int wx, wy, width, height;
+    x.geometry(window, wx, wy, width, height);
+    const Layout& at = kHosts[0].layout;
+    x.click(wx + width - at.buttonsFromRight, wy + at.closeY);
+    EXPECT_EQ(host.readLine().rfind("DeviceTest returned 1 result 1", 0), 0u);
+    host.closeInput();
+    EXPECT_EQ(host.wait(), 0);
+}
+
+TEST(DeviceTestWindowWithoutServer, ReturnsTrueAndShowsNothing)
+{
+    DisplayOverride none("");
+    ChildProcess host({DEVICE_TEST_HOST}, {"LSAN_OPTIONS=suppressions=" RAVLIN_TEST_DATA "/dialog/lsan.supp"});
+    EXPECT_EQ(host.readLine().rfind("DeviceTest returned 1 result 1", 0), 0u);
+    host.closeInput();
+    EXPECT_EQ(host.wait(), 0);
+}
+
+TEST(DeviceTestWindowLibrary, NoToolkitLinkedIn)
+{
+    for (const std::string& needed : neededLibraries(RAVLIN_LIBRARY_PATH))
+        for (const char* toolkit : {"gtk", "gdk", "glib", "gobject", "gio"})
+            EXPECT_EQ(needed.find(toolkit), std::string::npos) << needed;
+}
+
+TEST(DeviceTestWindowLines, SourceNamesAndDisplayForms)
+{
+    EXPECT_EQ(DevTestDialogLinux::sourceNameFor(1), L"COM1");
+    EXPECT_EQ(DevTestDialogLinux::sourceNameFor(65), L"ACM1");
+    EXPECT_EQ(DevTestDialogLinux::sourceNameFor(129), L"USB1");
+    EXPECT_EQ(DevTestDialogLinux::sourceNameFor(130), L"USB2");
+    // A scan on the second USB adapter, text form.
+    EXPECT_EQ(DevTestDialogLinux::formatLine(L"USB2", L"MTIzDQ==", 0),
+              std::make_pair(std::string("USB2:"), std::string("123 'CR' ")));
+    // Base64 form: the text itself, through the symbol formatter.
+    EXPECT_EQ(DevTestDialogLinux::formatLine(L"COM1", L"MTIz", 2), std::make_pair(std::string("COM1:"), std::string("MTIz")));
+    EXPECT_EQ(DevTestDialogLinux::formatLine(L"Xvfb keyboard", L"HTE=", 1),
+              std::make_pair(std::string("Xvfb keyboard:"), std::string("(029)")));
+}
+
+TEST(DeviceTestWindowLines, CaptionsInBothLanguages)
+{
+    const DevTestDialogLinux ru({}, {}, true, 0), en({}, {}, false, 0);
+    EXPECT_EQ(ru.LoadString(DevTestDialogLinux::Close), "Закрыть");
+    EXPECT_EQ(ru.LoadString(DevTestDialogLinux::Clear), "Очистить");
+    EXPECT_EQ(ru.LoadString(DevTestDialogLinux::Copy), "Копировать");
+    EXPECT_EQ(ru.LoadString(DevTestDialogLinux::Title), "Тест устройства");
+    EXPECT_EQ(ru.LoadString(DevTestDialogLinux::Timeout), "Таймаут");
+    EXPECT_EQ(en.LoadString(DevTestDialogLinux::Close), "Close");
+    EXPECT_EQ(en.LoadString(DevTestDialogLinux::Clear), "Clear");
+    EXPECT_EQ(en.LoadString(DevTestDialogLinux::Copy), "Copy");
+    EXPECT_EQ(en.LoadString(DevTestDialogLinux::Title), "Device test");
+    EXPECT_EQ(en.LoadString(DevTestDialogLinux::Timeout), "Timeout");
+    EXPECT_EQ(en.LoadString(static_cast<DevTestDialogLinux::STRING_ID>(9)), "");
+    EXPECT_TRUE(ru.IsRussian());
+    EXPECT_FALSE(en.IsRussian());
+}

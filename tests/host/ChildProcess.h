@@ -1,0 +1,26 @@
+#pragma once
+// A helper program the test starts and talks to over its standard streams.
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+class ChildProcess {
+public:
+    ChildProcess(const std::vector<std::string>& argv, const std::vector<std::string>& extraEnv = {});
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    // One line of its output, or empty after the deadline.
+    std::string readLine(int milliseconds = 10000);
+    void closeInput();
+    // Its exit status, waiting for it; -1 when it did not end in time (it is killed).
+    int wait(int milliseconds = 10000);
+
+private:
+    pid_t pid = -1;
+    int in = -1;
+    int out = -1;
+    std::string buffered;
+};
