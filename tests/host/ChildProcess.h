@@ -7,7 +7,9 @@
 
 class ChildProcess {
 public:
-    ChildProcess(const std::vector<std::string>& argv, const std::vector<std::string>& extraEnv = {});
+    // With mergeErrors its standard error comes through readLine too.
+    ChildProcess(const std::vector<std::string>& argv, const std::vector<std::string>& extraEnv = {},
+                 bool mergeErrors = false);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;

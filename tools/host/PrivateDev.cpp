@@ -15,7 +15,7 @@ namespace {
 
 [[noreturn]] void die(const std::string& what)
 {
-    std::fprintf(stderr, "private /dev: %s: %s (these tests need root and unshare -m)\n",
+    std::fprintf(stderr, "private /dev: %s: %s (needs unshare -m as root, or user namespaces)\n",
                  what.c_str(), std::strerror(errno));
     std::exit(2);
 }
@@ -57,8 +57,10 @@ void enterPrivateDev(int argc, char** argv)
             die("readlink /proc/self/exe");
         self[n] = '\0';
         std::vector<char*> args = {const_cast<char*>("unshare"), const_cast<char*>("--mount"),
-                                   const_cast<char*>("--propagation"), const_cast<char*>("private"),
-                                   self};
+                                   const_cast<char*>("--propagation"), const_cast<char*>("private")};
+        if (getuid() != 0)
+            args.push_back(const_cast<char*>("--map-root-user"));
+        args.push_back(self);
         for (int i = 1; i < argc; ++i)
             args.push_back(argv[i]);
         args.push_back(nullptr);

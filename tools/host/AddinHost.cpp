@@ -1,4 +1,4 @@
-#include "TestHost.h"
+#include "AddinHost.h"
 
 #include <dlfcn.h>
 #include <sys/syscall.h>
@@ -235,7 +235,7 @@ bool Component::close(const std::wstring& id)
     return r.returned && r.result.boolean;
 }
 
-TestHost::TestHost(const std::string& libraryPath)
+AddinHost::AddinHost(const std::string& libraryPath)
 {
     handle = dlopen(libraryPath.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!handle)
@@ -251,14 +251,14 @@ TestHost::TestHost(const std::string& libraryPath)
 
 // The library stays loaded: a platform never unloads an add-in with live objects,
 // and unloading would hide leaks from the sanitizers' reports.
-TestHost::~TestHost() = default;
+AddinHost::~AddinHost() = default;
 
-std::wstring TestHost::classNames()
+std::wstring AddinHost::classNames()
 {
     return fromShort(getClassNames());
 }
 
-IComponentBase* TestHost::createRaw(const std::wstring& className)
+IComponentBase* AddinHost::createRaw(const std::wstring& className)
 {
     const auto name = toShort(className);
     IComponentBase* object = nullptr;
@@ -266,7 +266,7 @@ IComponentBase* TestHost::createRaw(const std::wstring& className)
     return object;
 }
 
-Component TestHost::create(const std::wstring& className, const std::wstring& locale)
+Component AddinHost::create(const std::wstring& className, const std::wstring& locale)
 {
     IComponentBase* object = createRaw(className);
     if (!object)
@@ -283,7 +283,7 @@ Component TestHost::create(const std::wstring& className, const std::wstring& lo
     return Component(object, memory, connection);
 }
 
-long TestHost::destroy(IComponentBase*& object)
+long AddinHost::destroy(IComponentBase*& object)
 {
     return destroyObject(&object);
 }

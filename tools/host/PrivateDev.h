@@ -1,0 +1,14 @@
+#pragma once
+// Gives a program a /dev of its own: it re-executes itself under `unshare -m`
+// (`unshare -rm` for an ordinary user), then mounts a tmpfs over /dev holding
+// only pts, ptmx and the plain character devices. The program then creates the
+// serial nodes it needs, so the driver's fixed /dev paths lead to
+// pseudo-terminals it controls, and the machine's /dev is never touched.
+#include <string>
+
+// Call first in main(). Exits the process with a message if it cannot be done.
+void enterPrivateDev(int argc, char** argv);
+
+// /dev/<name> as a symlink to target (replacing any earlier one), or removed.
+void linkDevice(const std::string& name, const std::string& target);
+void unlinkDevice(const std::string& name);

@@ -1,0 +1,38 @@
+#pragma once
+// What every subcommand starts from: the add-in loaded from beside this
+// program, one component created and initialised as the platform does it.
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "AddinHost.h"
+
+class Session {
+public:
+    explicit Session(const std::string& locale, const std::wstring& className = L"InputDevice");
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    AddinHost host;
+    Component component;
+
+    // The parameters document the driver answers.
+    std::string parameters();
+};
+
+std::string libraryPath();
+std::string utf8(const std::wstring& text);
+std::wstring wide(const std::string& utf8Text);
+
+// Parameters by the type the driver reads them with.
+enum class ParameterKind { Integer, Text, Bool };
+const std::vector<std::pair<std::string, ParameterKind>>& parameterTable();
+// "Name=Value" typed by the table; std::invalid_argument names what is wrong.
+tVariant parseParameter(Component& component, const std::string& assignment, std::wstring& name);
+
+// One event as a line of text, or as one JSON object.
+std::string formatEvent(const HostEvent& event, bool json);
+// Adds --locale ru|en.
+void addLocaleOption(CLI::App& app, std::string& locale);

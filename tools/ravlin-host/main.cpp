@@ -1,0 +1,30 @@
+// ravlin-host: loads RavlinNativeLin64.so exactly as the platform does and
+// shows what it answers and raises.
+#include <iostream>
+
+#include "Command.h"
+
+int main(int argc, char** argv)
+{
+    const Command commands[] = {infoCommand(), paramsCommand(), listenCommand(),
+                                testCommand(), portsCommand(),  demoCommand()};
+    CLI::App app{"Drives the input-device driver add-in without the platform."};
+    app.require_subcommand(1);
+    std::function<int()> run;
+    for (const Command& command : commands) {
+        CLI::App* sub = app.add_subcommand(command.name, command.help);
+        auto action = command.setup(*sub);
+        sub->callback([&run, action] { run = action; });
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        return app.exit(e);
+    }
+    try {
+        return run();
+    } catch (const std::exception& e) {
+        std::cerr << "ravlin-host: " << e.what() << "\n";
+        return 2;
+    }
+}
