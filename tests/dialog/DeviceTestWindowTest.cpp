@@ -52,7 +52,7 @@ TEST_P(DeviceTestWindow, ListsCopiesClearsAndCloses)
     XvfbServer server;
     VirtualSerialPort usb("ttyUSB1");
     XClient x;
-    ChildProcess host({kind.program}, {"LSAN_OPTIONS=suppressions=" RAVLIN_TEST_DATA "/dialog/lsan.supp"});
+    ChildProcess host({kind.program});
 
     const Window window = x.waitForWindow("Тест устройства");
     ASSERT_NE(window, 0u) << "the window did not appear";
@@ -106,7 +106,7 @@ TEST(DeviceTestWindowNoSerialNodes, StillOpensAndCloses)
 {
     XvfbServer server;
     XClient x;
-    ChildProcess host({DEVICE_TEST_HOST}, {"LSAN_OPTIONS=suppressions=" RAVLIN_TEST_DATA "/dialog/lsan.supp"});
+    ChildProcess host({DEVICE_TEST_HOST});
     const Window window = x.waitForWindow("Тест устройства");
     ASSERT_NE(window, 0u);
     int wx, wy, width, height;
@@ -121,7 +121,7 @@ TEST(DeviceTestWindowNoSerialNodes, StillOpensAndCloses)
 TEST(DeviceTestWindowWithoutServer, ReturnsTrueAndShowsNothing)
 {
     DisplayOverride none("");
-    ChildProcess host({DEVICE_TEST_HOST}, {"LSAN_OPTIONS=suppressions=" RAVLIN_TEST_DATA "/dialog/lsan.supp"});
+    ChildProcess host({DEVICE_TEST_HOST});
     EXPECT_EQ(host.readLine().rfind("DeviceTest returned 1 result 1", 0), 0u);
     host.closeInput();
     EXPECT_EQ(host.wait(), 0);
