@@ -24,7 +24,7 @@ VirtualSerialPort::~VirtualSerialPort()
 void VirtualSerialPort::plug()
 {
     unplug();
-    master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
     if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0)
         throw std::runtime_error("cannot make a pseudo-terminal");
     char path[128];
@@ -55,4 +55,13 @@ void VirtualSerialPort::write(const std::string& bytes)
             throw std::runtime_error("write to pseudo-terminal failed");
         }
     }
+}
+
+size_t VirtualSerialPort::writeSome(const std::string& bytes, int milliseconds)
+{
+    pollfd p{master, POLLOUT, 0};
+    if (poll(&p, 1, milliseconds) <= 0)
+        return 0;
+    const ssize_t n = ::write(master, bytes.data(), bytes.size());
+    return n > 0 ? static_cast<size_t>(n) : 0;
 }

@@ -11,6 +11,8 @@ public:
     VirtualSerialPort& operator=(const VirtualSerialPort&) = delete;
 
     void write(const std::string& bytes);
+    // Writes what the line takes within the time; returns how many bytes.
+    size_t writeSome(const std::string& bytes, int milliseconds);
     // Unplugs: the master closes, so the driver's side sees a hang-up.
     void unplug();
     // Plugs a fresh pseudo-terminal in under the same name.
