@@ -68,7 +68,7 @@ TEST_F(EnglishComponent, DeliveryForms)
 
 TEST_F(EnglishComponent, EnglishTextsThroughTheMethods)
 {
-    Component c(component.get(), memory, connection);
+    Component c(component.get(), memory);
     CallResult r = c.call(L"GetDescription");
     EXPECT_EQ(r.params[0].text, L"Zandor: Input device driver");
     EXPECT_EQ(r.params[1].text, L"Driver for input devices");
@@ -80,7 +80,7 @@ TEST_F(EnglishComponent, SerialScanRaisesEnglishEvents)
 {
     VirtualSerialPort line("ttyUSB0");
     VirtualSerialPort second("ttyUSB1");
-    Component c(component.get(), memory, connection);
+    Component c(component.get(), memory);
     ASSERT_TRUE(c.setParameter(L"Port", intVar(129)));
     ASSERT_TRUE(c.setParameter(L"EquipmentType", c.str(L"СчитывательМагнитныхКарт")));
     ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(2)));

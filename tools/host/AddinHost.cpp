@@ -161,8 +161,8 @@ tVariant boolVar(bool value)
     return v;
 }
 
-Component::Component(IComponentBase* object, HostMemory& memory, HostConnection& connection)
-    : obj(object), memory(memory), connection(connection)
+Component::Component(IComponentBase* object, HostMemory& memory)
+    : obj(object), memory(memory)
 {
 }
 
@@ -280,7 +280,7 @@ Component AddinHost::create(const std::wstring& className, const std::wstring& l
     object->RegisterExtensionAs(&registered);
     void* b = registered;
     memory.FreeMemory(&b);
-    return Component(object, memory, connection);
+    return Component(object, memory);
 }
 
 long AddinHost::destroy(IComponentBase*& object)

@@ -88,7 +88,7 @@ struct CallResult {
 
 class Component {
 public:
-    Component(IComponentBase* object, HostMemory& memory, HostConnection& connection);
+    Component(IComponentBase* object, HostMemory& memory);
     IComponentBase* object() const { return obj; }
 
     // Calls a method by name the way the platform does; strings in and out are
@@ -107,7 +107,6 @@ public:
 private:
     IComponentBase* obj;
     HostMemory& memory;
-    HostConnection& connection;
 };
 
 tVariant intVar(int value);
