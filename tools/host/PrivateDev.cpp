@@ -31,7 +31,7 @@ void bindFile(const std::string& staging, const char* name)
     if (fd < 0)
         die("create " + target);
     close(fd);
-    if (mount(source.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) != 0)
+    if (mount(source.c_str(), target.c_str(), "none", MS_BIND, nullptr) != 0)
         die("bind " + source);
 }
 
@@ -40,7 +40,7 @@ void bindDir(const std::string& staging, const char* name)
     const std::string target = staging + "/" + name;
     if (mkdir(target.c_str(), 0755) != 0)
         die("mkdir " + target);
-    if (mount((std::string("/dev/") + name).c_str(), target.c_str(), nullptr, MS_BIND | MS_REC,
+    if (mount((std::string("/dev/") + name).c_str(), target.c_str(), "none", MS_BIND | MS_REC,
               nullptr) != 0)
         die(std::string("bind /dev/") + name);
 }
@@ -80,7 +80,7 @@ void enterPrivateDev(int argc, char** argv)
     // The ptmx node finds its devpts instance through a "pts" beside it; a
     // link into the bound pts keeps new pseudo-terminals in the real instance.
     symlink("pts/ptmx", (std::string(staging) + "/ptmx").c_str());
-    if (mount(staging, "/dev", nullptr, MS_MOVE, nullptr) != 0)
+    if (mount(staging, "/dev", "none", MS_MOVE, nullptr) != 0)
         die("move onto /dev");
     rmdir(staging);
 }
