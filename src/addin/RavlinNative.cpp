@@ -267,14 +267,7 @@ void RavlinNative::OnInput(const std::wstring& source, int equipmentCode, int ou
         return;
     try {
         const std::wstring& name = eventNameFor(AppSettings::locale(), equipmentCode, outputDataType);
-        std::wstring payload;
-        if (outputDataType == 2)
-            payload = data;
-        else if (outputDataType == 1)
-            payload = raw2HRS(base642Raw(data));
-        else
-            payload = base642Raw(data);
-        ShortText sourceText(source), nameText(name), dataText(payload);
+        ShortText sourceText(source), nameText(name), dataText(decodeForOutput(data, outputDataType));
         connection->PostExternalEvent(sourceText.units, nameText.units, dataText.units);
     } catch (...) {
         // An event that cannot be formed is dropped; the reader goes on.

@@ -1,7 +1,6 @@
 #include "dialog/ClipboardOwner.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
 
@@ -39,17 +38,13 @@ void ClipboardOwner::stop()
 {
     if (thread.joinable()) {
         running = false;
-        const uint64_t one = 1;
-        while (write(wakeFd, &one, sizeof one) < 0 && errno == EINTR) {
-        }
+        wakeUp.wake();
         thread.join();
+        wakeUp.clear();
     }
     if (connection)
         xcb_disconnect(static_cast<xcb_connection_t*>(connection));
     connection = nullptr;
-    if (wakeFd >= 0)
-        close(wakeFd);
-    wakeFd = -1;
 }
 
 bool ClipboardOwner::setText(const std::string& utf8)
@@ -75,8 +70,7 @@ bool ClipboardOwner::setText(const std::string& utf8)
         xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, atoms[Clipboard]), nullptr);
     const bool owned = owner && owner->owner == window;
     std::free(owner);
-    wakeFd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (!owned || wakeFd < 0)
+    if (!owned || wakeUp.fd() < 0)
         return false;
     running = true;
     try {
@@ -91,7 +85,7 @@ bool ClipboardOwner::setText(const std::string& utf8)
 void ClipboardOwner::serve()
 {
     auto* c = static_cast<xcb_connection_t*>(connection);
-    pollfd fds[2] = {{wakeFd, POLLIN, 0}, {xcb_get_file_descriptor(c), POLLIN, 0}};
+    pollfd fds[2] = {{wakeUp.fd(), POLLIN, 0}, {xcb_get_file_descriptor(c), POLLIN, 0}};
     while (running && !xcb_connection_has_error(c)) {
         xcb_generic_event_t* event = xcb_poll_for_event(c);
         if (!event) {

@@ -8,6 +8,8 @@
 #include <string>
 #include <thread>
 
+#include "util/WakeDescriptor.h"
+
 class ClipboardOwner {
 public:
     static ClipboardOwner& instance();
@@ -24,7 +26,7 @@ private:
     std::string text;
     std::thread thread;
     std::atomic<bool> running{false};
-    int wakeFd = -1;
+    WakeDescriptor wakeUp;
     void* connection = nullptr;  // xcb_connection_t*, used only by the thread once it runs
     uint32_t window = 0;
     uint32_t atoms[4] = {};  // CLIPBOARD, TARGETS, UTF8_STRING, STRING

@@ -57,15 +57,8 @@ std::wstring DevTestDialogLinux::sourceNameFor(uint32_t port)
 std::pair<std::string, std::string> DevTestDialogLinux::formatLine(const std::wstring& sourceName,
                                                                    const std::wstring& data, int ioDataType)
 {
-    std::wstring decoded;
-    if (ioDataType == 2)
-        decoded = data;
-    else if (ioDataType == 1)
-        decoded = raw2HRS(base642Raw(data));
-    else
-        decoded = base642Raw(data);
     std::wstring shown;
-    for (wchar_t c : decoded)
+    for (wchar_t c : decodeForOutput(data, ioDataType))
         shown += FormatSymbolForDisplay(c);
     // The toolkit takes UTF-8 whatever the process locale is.
     return {capped(wstr2str(sourceName)) + ":", capped(wstr2str(shown))};

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -52,6 +51,7 @@ bool configureLine(int fd, uint32_t speed)
 
 constexpr int kReopenIntervalMs = 500;
 constexpr int kMaxQuietWindowMs = 1000;
+constexpr int kMaxEmptyReads = 100;
 
 }  // namespace
 
@@ -61,14 +61,10 @@ InputDeviceComPort::~InputDeviceComPort()
 {
     if (thread.joinable()) {
         running = false;
-        const uint64_t one = 1;
-        while (write(wakeFd, &one, sizeof one) < 0 && errno == EINTR) {
-        }
+        wakeUp.wake();
         thread.join();
     }
     closeLine();
-    if (wakeFd >= 0)
-        close(wakeFd);
 }
 
 std::string InputDeviceComPort::devicePathFor(uint32_t portNumber)
@@ -97,13 +93,8 @@ bool InputDeviceComPort::start(const InputDeviceComPortFactory& from)
     devicePath = devicePathFor(settings.portNumber);
     suffix = wstr2str(settings.suffix);
 
-    if (!openLine())
+    if (wakeUp.fd() < 0 || !openLine())
         return false;
-    wakeFd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (wakeFd < 0) {
-        closeLine();
-        return false;
-    }
     running = true;
     try {
         thread = std::thread(&InputDeviceComPort::run, this);
@@ -146,7 +137,7 @@ int InputDeviceComPort::quietWindowMs() const
 
 bool InputDeviceComPort::waitForInput(int timeoutMs, short& lineEvents)
 {
-    pollfd fds[2] = {{wakeFd, POLLIN, 0}, {fd, POLLIN, 0}};
+    pollfd fds[2] = {{wakeUp.fd(), POLLIN, 0}, {fd, POLLIN, 0}};
     int rc;
     do {
         rc = poll(fds, fd >= 0 ? 2 : 1, timeoutMs);
@@ -164,6 +155,7 @@ void InputDeviceComPort::run()
 {
     SerialFramer framer(suffix);
     char chunk[4096];
+    int emptyReads = 0;
     const int quietMs = quietWindowMs();
     while (running) {
         if (fd < 0) {
@@ -186,14 +178,20 @@ void InputDeviceComPort::run()
         if (events & POLLIN)
             n = read(fd, chunk, sizeof chunk);
         if (n > 0) {
+            emptyReads = 0;
             for (ssize_t i = 0; i < n; ++i)
                 if (auto code = framer.feed(chunk[i]))
                     deliverCode(*code);
             continue;
         }
-        if ((events & POLLIN) && n < 0 && (errno == EAGAIN || errno == EINTR))
+        // A raw line with VMIN 0 answers an empty read with 0, not with
+        // EAGAIN, so 0 alone is no end of file; a hang-up, an error, or a line
+        // that keeps offering nothing is.
+        const bool empty = (events & POLLIN) && (n == 0 || errno == EAGAIN || errno == EINTR);
+        if (empty && !(events & (POLLHUP | POLLERR | POLLNVAL)) && ++emptyReads < kMaxEmptyReads)
             continue;
-        // End of file, an I/O error or a hang-up: the device went away.
+        emptyReads = 0;
+        // The device went away.
         if (auto code = framer.quiet())
             deliverCode(*code);
         closeLine();

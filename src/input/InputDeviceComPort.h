@@ -5,6 +5,7 @@
 
 #include "input/InputDevice.h"
 #include "input/InputDeviceComPortFactory.h"
+#include "util/WakeDescriptor.h"
 
 // Reads a scanner on a serial line (real port, CDC-ACM or USB-serial adapter)
 // on its own thread, framing codes by the suffix byte.
@@ -29,7 +30,7 @@ private:
     void deliverCode(const std::string& code) const;
 
     int fd = -1;
-    int wakeFd = -1;
+    WakeDescriptor wakeUp;
     std::thread thread;
     std::atomic<bool> running{false};
     std::string suffix;  // narrow (UTF-8) form of the factory's suffix

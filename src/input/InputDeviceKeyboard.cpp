@@ -7,7 +7,6 @@
 #include <X11/extensions/XInput2.h>
 #include <X11/keysym.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
@@ -60,9 +59,7 @@ InputDeviceKeyboard::~InputDeviceKeyboard()
 {
     if (thread.joinable()) {
         running = false;
-        const uint64_t one = 1;
-        while (write(wakeFd, &one, sizeof one) < 0 && errno == EINTR) {
-        }
+        wakeUp.wake();
         thread.join();
     }
     if (display) {
@@ -75,8 +72,6 @@ InputDeviceKeyboard::~InputDeviceKeyboard()
             close(ConnectionNumber(display));
         }
     }
-    if (wakeFd >= 0)
-        close(wakeFd);
 }
 
 bool InputDeviceKeyboard::start()
@@ -92,8 +87,7 @@ bool InputDeviceKeyboard::start()
     root = DefaultRootWindow(display);
     // Fetch the key map now: later the reader must not make Xlib requests of its own.
     XkbKeycodeToKeysym(display, 8, 0, 0);
-    wakeFd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (wakeFd < 0 || !findAndBind() || !selectHierarchyEvents())
+    if (wakeUp.fd() < 0 || !findAndBind() || !selectHierarchyEvents())
         return false;
     running = true;
     try {
@@ -188,7 +182,7 @@ bool InputDeviceKeyboard::connectionLost()
 // Sleeps until the server sends something or the source is told to stop.
 bool InputDeviceKeyboard::waitForX()
 {
-    pollfd fds[2] = {{wakeFd, POLLIN, 0}, {serverGone ? -1 : ConnectionNumber(display), POLLIN, 0}};
+    pollfd fds[2] = {{wakeUp.fd(), POLLIN, 0}, {serverGone ? -1 : ConnectionNumber(display), POLLIN, 0}};
     while (poll(fds, 2, -1) < 0 && errno == EINTR) {
     }
     return running && !(fds[0].revents & POLLIN);

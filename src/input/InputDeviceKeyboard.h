@@ -5,6 +5,7 @@
 
 #include "input/InputDevice.h"
 #include "input/InputDeviceKeyboardFactory.h"
+#include "util/WakeDescriptor.h"
 
 typedef struct _XDisplay Display;
 
@@ -47,6 +48,6 @@ private:
     std::atomic<long> deviceId{-1};
     bool testMode = false;
     bool serverGone = false;
-    int wakeFd = -1;
+    WakeDescriptor wakeUp;
     std::string deviceName;
 };

@@ -266,6 +266,15 @@ std::wstring base642Raw(const std::wstring& text)
     return str2wstr(base64_decode(wstr2str(text)));
 }
 
+std::wstring decodeForOutput(const std::wstring& base64, int outputDataType)
+{
+    if (outputDataType == 2)
+        return base64;
+    if (outputDataType == 1)
+        return raw2HRS(base642Raw(base64));
+    return base642Raw(base64);
+}
+
 void trim(std::string& text) { trimInPlace(text, isSpaceChar); }
 void trim(std::wstring& text) { trimInPlace(text, isSpaceWide); }
 

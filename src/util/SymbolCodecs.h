@@ -28,6 +28,10 @@ std::string base642Raw(const std::string& text);
 std::wstring raw2Base64(const std::wstring& text);
 std::wstring base642Raw(const std::wstring& text);
 
+// A code (Base64 from a reader) in the form an output data type asks for:
+// 2 the Base64 as is, 1 the human-readable rendering, anything else the text.
+std::wstring decodeForOutput(const std::wstring& base64, int outputDataType);
+
 void trim(std::string& text);
 void trim(std::wstring& text);
 std::string trimed(const std::string& text);
