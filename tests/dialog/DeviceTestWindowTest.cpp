@@ -87,8 +87,11 @@ TEST_P(DeviceTestWindow, ListsCopiesClearsAndCloses)
     std::this_thread::sleep_for(100ms);
     EXPECT_EQ(clipboard(), "0104 'GS' 21AB");
 
+    const auto closing = std::chrono::steady_clock::now();
     x.click(buttonX, wy + at.closeY);
     const std::string result = host.readLine();
+    std::printf("%s host: Close click to DeviceTest's return %.1f ms\n", kind.name,
+                std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - closing).count());
     EXPECT_EQ(result.rfind("DeviceTest returned 1 result 1", 0), 0u) << result;
     if (std::string(kind.name) == "gtk3") {
         EXPECT_NE(result.find("gtk 3"), std::string::npos);
