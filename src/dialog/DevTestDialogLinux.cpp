@@ -78,7 +78,7 @@ void DevTestDialogLinux::ShowDlg()
     void* scrolled = gtk->gtk_scrolled_window_new(nullptr, nullptr);
     gtk->gtk_scrolled_window_set_policy(scrolled, kGtkPolicyAutomatic, kGtkPolicyAutomatic);
     mList = gtk->gtk_tree_view_new();
-    gtk->gtk_widget_set_size_request(mList, 500, 350);
+    gtk->gtk_widget_set_size_request(scrolled, 500, 350);  // GTK 3 sizes a scrolled list by its window
     gtk->gtk_container_add(scrolled, mList);
 
     void* row = gtk->gtk_hbox_new(0, 0);
