@@ -154,11 +154,9 @@ TEST_F(ComponentTest, VersionDescriptionAndActions)
     EXPECT_EQ(r.params[0].type, VTYPE_PWSTR);
     EXPECT_EQ(r.params[0].text, L"");
 
-    tVariant untouched = intVar(5);
-    const IComponentBase* o = c.object();
-    (void)o;
-    r = c.call(L"DoAdditionalAction", {untouched});
+    r = c.call(L"DoAdditionalAction", {intVar(5)});
     EXPECT_FALSE(r.returned);
+    EXPECT_EQ(r.params[0].integer, 5);  // left untouched
 
     r = c.call(L"DeviceTest", {intVar(1), intVar(2)});
     EXPECT_TRUE(r.returned);
