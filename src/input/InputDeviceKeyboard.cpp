@@ -237,14 +237,18 @@ bool InputDeviceKeyboard::focusBelongsToOtherProcess()
     // PointerRoot (1) is not a window: asking for its tree would fail.
     if (!focus || focus->focus == XCB_NONE || focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT)
         return false;
-    static const char kPidAtom[] = "_NET_WM_PID";
-    XcbReply<xcb_intern_atom_reply_t> atom(
-        xcb_intern_atom_reply(c, xcb_intern_atom(c, 1, sizeof kPidAtom - 1, kPidAtom), nullptr));
-    if (!atom || atom->atom == XCB_NONE)
-        return false;
+    // An atom lives as long as the server: once it exists it is asked for no more.
+    if (pidAtom == XCB_NONE) {
+        static const char kPidAtom[] = "_NET_WM_PID";
+        XcbReply<xcb_intern_atom_reply_t> atom(
+            xcb_intern_atom_reply(c, xcb_intern_atom(c, 1, sizeof kPidAtom - 1, kPidAtom), nullptr));
+        if (!atom || atom->atom == XCB_NONE)
+            return false;
+        pidAtom = atom->atom;
+    }
     for (xcb_window_t window = focus->focus; window != XCB_NONE;) {
         XcbReply<xcb_get_property_reply_t> pid(xcb_get_property_reply(
-            c, xcb_get_property(c, 0, window, atom->atom, XCB_ATOM_CARDINAL, 0, 1), nullptr));
+            c, xcb_get_property(c, 0, window, pidAtom, XCB_ATOM_CARDINAL, 0, 1), nullptr));
         if (!pid)
             return false;  // the window went away meanwhile
         if (pid->format == 32 && xcb_get_property_value_length(pid.get()) >= 4)

@@ -1,5 +1,6 @@
 #pragma once
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <thread>
 
@@ -45,6 +46,7 @@ private:
     unsigned long gsKeysym = 0;
     Display* display = nullptr;
     unsigned long root = 0;
+    uint32_t pidAtom = 0;  // _NET_WM_PID, 0 until the server has it
     std::atomic<long> deviceId{-1};
     bool testMode = false;
     bool serverGone = false;

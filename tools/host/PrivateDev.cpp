@@ -67,6 +67,9 @@ void enterPrivateDev(int argc, char** argv)
         execvp("unshare", args.data());
         die("exec unshare");
     }
+    // Programs started from here get a /dev of their own again, instead of
+    // mounting over this one.
+    unsetenv("RAVLIN_PRIVATE_DEV");
     char staging[] = "/tmp/ravlin-dev-XXXXXX";
     if (!mkdtemp(staging))
         die("mkdtemp");

@@ -8,6 +8,7 @@
 #include "Command.h"
 #include "PrivateDev.h"
 #include "Session.h"
+#include "util/CharsetConversion.h"
 #include "VirtualSerialPort.h"
 
 namespace {
@@ -47,11 +48,11 @@ int demo(char* self)
     c.setParameter(L"OutputDataType", intVar(2));  // Base64
     const std::wstring second = c.open();
     if (first.empty() || second.empty()) {
-        std::cerr << "ravlin-host: Open failed: " << utf8(c.call(L"GetLastError").params[0].text) << "\n";
+        std::cerr << "ravlin-host: Open failed: " << wstr2str(c.call(L"GetLastError").params[0].text) << "\n";
         return 1;
     }
-    std::cout << "virtual scanner on /dev/ttyUSB0 (" << utf8(first) << ", human-readable) and /dev/ttyUSB1 ("
-              << utf8(second) << ", Base64)\n";
+    std::cout << "virtual scanner on /dev/ttyUSB0 (" << wstr2str(first) << ", human-readable) and /dev/ttyUSB1 ("
+              << wstr2str(second) << ", Base64)\n";
     std::vector<double> latencies;
     size_t received = 0, sent = 0;
     for (const Scan& scan : kScans) {

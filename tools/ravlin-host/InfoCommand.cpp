@@ -3,6 +3,7 @@
 
 #include "Command.h"
 #include "Session.h"
+#include "util/CharsetConversion.h"
 
 Command infoCommand()
 {
@@ -13,15 +14,15 @@ Command infoCommand()
                 return [locale] {
                     Session session(*locale);
                     Component& c = session.component;
-                    std::cout << "classes:      " << utf8(session.host.classNames()) << "\n"
-                              << "version:      " << utf8(c.call(L"GetVersion").result.text) << "\n";
+                    std::cout << "classes:      " << wstr2str(session.host.classNames()) << "\n"
+                              << "version:      " << wstr2str(c.call(L"GetVersion").result.text) << "\n";
                     const CallResult d = c.call(L"GetDescription");
                     const char* labels[] = {"name", "description", "equipment", "interface", "param 4",
                                             "param 5", "maker"};
                     for (size_t i = 0; i < d.params.size(); ++i) {
                         const Value& v = d.params[i];
                         std::cout << "  " << labels[i] << ": "
-                                  << (v.type == VTYPE_PWSTR ? utf8(v.text)
+                                  << (v.type == VTYPE_PWSTR ? wstr2str(v.text)
                                       : v.type == VTYPE_BOOL ? (v.boolean ? "true" : "false")
                                                              : std::to_string(v.integer))
                                   << "\n";
@@ -32,7 +33,7 @@ Command infoCommand()
                         std::string names[2];
                         for (long alias : {0L, 1L}) {
                             const unsigned short* name = o->GetMethodName(m, alias);
-                            names[alias] = utf8(fromShort(name));
+                            names[alias] = wstr2str(fromShort(name));
                             void* block = const_cast<unsigned short*>(name);
                             session.host.memory.FreeMemory(&block);
                         }

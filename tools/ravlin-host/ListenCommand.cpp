@@ -7,6 +7,7 @@
 
 #include "Command.h"
 #include "Session.h"
+#include "util/CharsetConversion.h"
 
 namespace {
 
@@ -25,7 +26,7 @@ struct ListenOptions {
 
 int listen(const ListenOptions& o)
 {
-    Session session(o.locale, wide(o.className));
+    Session session(o.locale, str2wstr(o.className));
     Component& c = session.component;
     // Every value is checked before anything is opened.
     std::vector<std::pair<std::wstring, tVariant>> values;
@@ -39,10 +40,10 @@ int listen(const ListenOptions& o)
 
     const std::wstring id = c.open();
     if (id.empty()) {
-        std::cerr << "ravlin-host: Open failed: " << utf8(c.call(L"GetLastError").params[0].text) << "\n";
+        std::cerr << "ravlin-host: Open failed: " << wstr2str(c.call(L"GetLastError").params[0].text) << "\n";
         return 1;
     }
-    std::cerr << "listening on " << utf8(id) << " (Ctrl+C to stop)\n";
+    std::cerr << "listening on " << wstr2str(id) << " (Ctrl+C to stop)\n";
     signal(SIGINT, onSignal);
     signal(SIGTERM, onSignal);
     const auto deadline = std::chrono::steady_clock::now() +

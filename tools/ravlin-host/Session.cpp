@@ -29,9 +29,6 @@ std::string libraryPath()
     return path.substr(0, path.rfind('/') + 1) + "RavlinNativeLin64.so";
 }
 
-std::string utf8(const std::wstring& text) { return wstr2str(text); }
-std::wstring wide(const std::string& text) { return str2wstr(text); }
-
 Session::Session(const std::string& locale, const std::wstring& className)
     : host(libraryPath()), component(host.create(className, hostLocale(locale)))
 {
@@ -48,7 +45,7 @@ std::string Session::parameters()
     const CallResult r = component.call(L"GetParameters");
     if (!r.returned)
         throw std::runtime_error("GetParameters failed");
-    return utf8(r.params[0].text);
+    return wstr2str(r.params[0].text);
 }
 
 const std::vector<std::pair<std::string, ParameterKind>>& parameterTable()
@@ -77,9 +74,9 @@ tVariant parseParameter(Component& component, const std::string& assignment, std
     for (const auto& [known, kind] : parameterTable()) {
         if (known != key)
             continue;
-        name = wide(key);
+        name = str2wstr(key);
         if (kind == ParameterKind::Text)
-            return component.str(wide(value));
+            return component.str(str2wstr(value));
         if (kind == ParameterKind::Bool) {
             if (value == "true" || value == "1")
                 return boolVar(true);
@@ -113,10 +110,10 @@ std::string formatEvent(const HostEvent& event, bool json)
     char time[80];
     std::snprintf(time, sizeof time, "%s.%03lld", stamp, static_cast<long long>(ms));
     if (json)
-        return nlohmann::json{{"time", time}, {"source", utf8(event.source)}, {"event", utf8(event.name)},
-                               {"data", utf8(event.data)}}
+        return nlohmann::json{{"time", time}, {"source", wstr2str(event.source)}, {"event", wstr2str(event.name)},
+                               {"data", wstr2str(event.data)}}
             .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    return std::string(time) + "  " + utf8(event.source) + "  " + utf8(event.name) + "  " + utf8(event.data);
+    return std::string(time) + "  " + wstr2str(event.source) + "  " + wstr2str(event.name) + "  " + wstr2str(event.data);
 }
 
 void addLocaleOption(CLI::App& app, std::string& locale)

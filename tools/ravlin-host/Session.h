@@ -23,8 +23,6 @@ public:
 };
 
 std::string libraryPath();
-std::string utf8(const std::wstring& text);
-std::wstring wide(const std::string& utf8Text);
 
 // Parameters by the type the driver reads them with.
 enum class ParameterKind { Integer, Text, Bool };
