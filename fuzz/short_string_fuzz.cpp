@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "addin/StringConversion.h"
+#include "abi/StringConversion.h"
 #include "addin/WcharWrapper.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)

@@ -8,6 +8,30 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "util/SymbolCodecs.h"
+
+std::wstring b64(const std::string& bytes)
+{
+    const std::string text = raw2Base64(bytes);
+    return std::wstring(text.begin(), text.end());
+}
+
+DeviceSettings serialPort(uint32_t port, std::string suffix)
+{
+    DeviceSettings settings;
+    settings.port = port;
+    settings.suffix = std::move(suffix);
+    return settings;
+}
+
+DeviceSettings keyboardNamed(const std::string& device)
+{
+    DeviceSettings settings;
+    settings.port = 0;
+    settings.keyboardDevice = device;
+    return settings;
+}
+
 std::string runWithInput(const std::string& command, const std::string& input)
 {
     char path[] = "/tmp/ravlin-test-input-XXXXXX";

@@ -1,6 +1,15 @@
 #pragma once
 // Small helpers shared by the test programs.
+#include <cstdint>
 #include <string>
+
+#include "input/DeviceSettings.h"
+
+// The Base64 text a reader delivers for these bytes.
+std::wstring b64(const std::string& bytes);
+// A source's settings as the performer would make them from its defaults.
+DeviceSettings serialPort(uint32_t port, std::string suffix = "\r");
+DeviceSettings keyboardNamed(const std::string& device);
 
 // Runs a shell command with `input` on its standard input; returns its output.
 std::string runWithInput(const std::string& command, const std::string& input);

@@ -15,10 +15,12 @@ const std::unordered_map<unsigned, EventNames> g_EventNamesLoc = {{1, g_EventNam
 
 }  // namespace
 
-const std::wstring& eventNameFor(unsigned locale, int equipmentCode, int outputDataType)
+const std::wstring& eventNameFor(unsigned locale, EquipmentCode equipment, OutputDataType output)
 {
     const EventNames& names = g_EventNamesLoc.at(locale > 1 ? 0 : locale);
-    // Human-readable output (17, 33) and unknown equipment fall back to "Barcode".
-    auto it = names.find(equipmentCode | outputDataType);
+    // The host's names are keyed by the two codes OR-ed together (the code
+    // bits and the Base64 bit do not overlap). Human-readable output (17, 33),
+    // unknown equipment and unknown output types fall back to "Barcode".
+    auto it = names.find(static_cast<int>(equipment) | static_cast<int>(output));
     return it != names.end() ? it->second : names.at(16);
 }

@@ -2,5 +2,7 @@
 // Names of the external events, keyed by (equipment code | output data type).
 #include <string>
 
-// locale: 0 Russian, anything else English is decided by the caller.
-const std::wstring& eventNameFor(unsigned locale, int equipmentCode, int outputDataType);
+#include "abi/DeviceCodes.h"
+
+// locale: 0 Russian, 1 English; any other code reads as Russian.
+const std::wstring& eventNameFor(unsigned locale, EquipmentCode equipment, OutputDataType output);

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "addin/EventNames.h"
-#include "addin/StringConversion.h"
+#include "abi/StringConversion.h"
 #include "performer/AppSettings.h"
 #include "performer/RavlinPerformerLinux.h"
 #include "util/SymbolCodecs.h"
@@ -15,6 +15,7 @@ constexpr long kComponentInfo = 2004;
 constexpr long kEventQueueDepth = 4096;
 const wchar_t kVersion[] = L"9.0.8.10";
 const wchar_t kMakerAddress[] = L"https://zandor.ru";
+const wchar_t kEquipmentType[] = L"СканерШтрихкода";  // both classes describe themselves so
 
 struct ShortText {
     explicit ShortText(const std::wstring& text) { convToShortWchar(&units, text.c_str()); }
@@ -47,8 +48,8 @@ const RavlinNative::Method RavlinNative::methods[kMethodCount] = {
 };
 
 
-RavlinNative::RavlinNative(const std::wstring& extensionName, const std::wstring& eventName)
-    : eventName(eventName), extensionName(extensionName), isRussian(AppSettings::locale() == 0)
+RavlinNative::RavlinNative(const std::wstring& extensionName)
+    : extensionName(extensionName), isRussian(AppSettings::locale() == 0)
 {
 }
 
@@ -63,13 +64,13 @@ bool RavlinNative::Init(void* connectionObject)
     if (!connectionObject)
         return false;
     try {
+        // The earlier performer's readers call OnInput, which reads the
+        // connection: they are joined before the connection changes.
+        performer.reset();
         connection = static_cast<IAddInDefBaseEx*>(connectionObject);
-        auto fresh = std::make_unique<RavlinPerformerLinux>(
-            connection, [this](const std::wstring& source, int equipmentCode, int outputDataType,
-                               const std::wstring& data) {
-                OnInput(source, equipmentCode, outputDataType, data);
-            });
-        performer = std::move(fresh);
+        performer = std::make_unique<RavlinPerformerLinux>(
+            [this](const std::wstring& source, EquipmentCode equipmentCode, OutputDataType outputDataType,
+                   const std::wstring& data) { OnInput(source, equipmentCode, outputDataType, data); });
         return connection->SetEventQueueDepth(kEventQueueDepth);
     } catch (...) {
         return false;
@@ -180,7 +181,7 @@ bool RavlinNative::GetDescription(tVariant* result, tVariant* params)
 {
     setString(params[0], isRussian ? L"Zandor: Драйвер устройств ввода" : L"Zandor: Input device driver");
     setString(params[1], isRussian ? L"Драйвер для подключения устройств ввода" : L"Driver for input devices");
-    setString(params[2], equipmentType);
+    setString(params[2], kEquipmentType);
     params[3] = makeIntVariant(kComponentInfo);
     params[4] = makeBoolVariant(false);
     params[5] = makeBoolVariant(true);
@@ -260,8 +261,8 @@ bool RavlinNative::DoAdditionalAction(tVariant*, tVariant*)
     return false;
 }
 
-void RavlinNative::OnInput(const std::wstring& source, int equipmentCode, int outputDataType,
-                           const std::wstring& data)
+void RavlinNative::OnInput(const std::wstring& source, EquipmentCode equipmentCode,
+                           OutputDataType outputDataType, const std::wstring& data)
 {
     if (!connection)
         return;

@@ -2,16 +2,16 @@
 #include <memory>
 #include <string>
 
-#include "addin/AddInDefBase.h"
-#include "addin/ComponentBase.h"
-#include "addin/IMemoryManager.h"
+#include "abi/AddInDefBase.h"
+#include "abi/ComponentBase.h"
+#include "abi/IMemoryManager.h"
 #include "performer/RavlinPerformerBase.h"
 
 // The component the host creates for "InputDevice" and "CardReaderDevice".
 // Every device method forwards to the performer; no method throws to the host.
 class RavlinNative : public IComponentBase {
 public:
-    RavlinNative(const std::wstring& extensionName, const std::wstring& eventName);
+    explicit RavlinNative(const std::wstring& extensionName);
     ~RavlinNative() override;
 
     bool Init(void* connection) override;
@@ -39,7 +39,7 @@ public:
     void SetLocale(const unsigned short* locale) override;
 
     // Raises one external event; runs on the reader thread of the source.
-    void OnInput(const std::wstring& source, int equipmentCode, int outputDataType,
+    void OnInput(const std::wstring& source, EquipmentCode equipmentCode, OutputDataType outputDataType,
                  const std::wstring& data);
 
 private:
@@ -61,10 +61,11 @@ private:
 
     IAddInDefBaseEx* connection = nullptr;
     IMemoryManager* memory = nullptr;
-    std::wstring eventName;
-    std::wstring extensionName;
+    const std::wstring extensionName;
     uint32_t openCounter = 0;
-    std::wstring equipmentType = L"СканерШтрихкода";
+    // Chooses only the description's language; events, errors and the
+    // parameters document follow AppSettings::locale(). Once Russian, a
+    // component stays Russian (SetLocale never switches it back).
     bool isRussian;
     std::unique_ptr<RavlinPerformerBase> performer;
 };

@@ -2,7 +2,7 @@
 
 #include <cwchar>
 
-#include "addin/StringConversion.h"
+#include "abi/StringConversion.h"
 
 WcharWrapper::WcharWrapper(const wchar_t* text)
 {

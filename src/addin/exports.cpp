@@ -1,21 +1,33 @@
 // Entry points the host looks up by name: the only symbols the library exports.
 #include <string>
 
-#include "addin/ComponentBase.h"
+#include "abi/ComponentBase.h"
 #include "addin/RavlinNative.h"
-#include "addin/StringConversion.h"
-#include "util/Logger.h"
+#include "abi/StringConversion.h"
 
 #define RAVLIN_EXPORT extern "C" __attribute__((visibility("default")))
 
+namespace {
+
+// A host text made at compile time: the host may load and unload the library
+// any number of times, and nothing of it is left behind.
+template <size_t N>
+struct ShortText {
+    constexpr explicit ShortText(const char16_t (&text)[N]) : units{}
+    {
+        for (size_t i = 0; i < N; ++i)
+            units[i] = text[i];
+    }
+    unsigned short units[N];
+};
+
+constexpr ShortText kClassNames(u"InputDevice|CardReaderDevice");
+
+}  // namespace
+
 RAVLIN_EXPORT const unsigned short* GetClassNames()
 {
-    static unsigned short* const names = [] {
-        unsigned short* text = nullptr;
-        convToShortWchar(&text, L"InputDevice|CardReaderDevice");
-        return text;
-    }();
-    return names;
+    return kClassNames.units;
 }
 
 RAVLIN_EXPORT long GetClassObject(const unsigned short* name, IComponentBase** object)
@@ -25,13 +37,11 @@ RAVLIN_EXPORT long GetClassObject(const unsigned short* name, IComponentBase** o
     if (*object)
         return reinterpret_cast<long>(*object);
     try {
-        const std::string logPath = "/tmp/" + getLogFileName();  // logging is off: unused
-        (void)logPath;
         const std::wstring className = convFromShortWchar(name, getLenShortWcharStr(name));
         if (className == L"InputDevice")
-            *object = new RavlinNative(L"InputDevice", L"Штрихкод");
+            *object = new RavlinNative(L"InputDevice");
         else if (className == L"CardReaderDevice")
-            *object = new RavlinNative(L"CardReaderDevice", L"ДанныеКарты");
+            *object = new RavlinNative(L"CardReaderDevice");
     } catch (...) {
         *object = nullptr;
     }

@@ -1,10 +1,7 @@
 #include "dialog/ClipboardOwner.h"
 
-#include <poll.h>
-#include <unistd.h>
 #include <xcb/xcb.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -36,12 +33,7 @@ ClipboardOwner::~ClipboardOwner()
 
 void ClipboardOwner::stop()
 {
-    if (thread.joinable()) {
-        running = false;
-        wakeUp.wake();
-        thread.join();
-        wakeUp.clear();
-    }
+    thread.stop();
     if (connection)
         xcb_disconnect(static_cast<xcb_connection_t*>(connection));
     connection = nullptr;
@@ -70,28 +62,17 @@ bool ClipboardOwner::setText(const std::string& utf8)
         xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, atoms[Clipboard]), nullptr);
     const bool owned = owner && owner->owner == window;
     std::free(owner);
-    if (!owned || wakeUp.fd() < 0)
-        return false;
-    running = true;
-    try {
-        thread = std::thread(&ClipboardOwner::serve, this);
-    } catch (...) {
-        running = false;
-        return false;
-    }
-    return true;
+    return owned && thread.start([this] { serve(); });
 }
 
 void ClipboardOwner::serve()
 {
     auto* c = static_cast<xcb_connection_t*>(connection);
-    pollfd fds[2] = {{wakeUp.fd(), POLLIN, 0}, {xcb_get_file_descriptor(c), POLLIN, 0}};
-    while (running && !xcb_connection_has_error(c)) {
+    std::array<pollfd, 1> server{{{xcb_get_file_descriptor(c), POLLIN, 0}}};
+    while (!xcb_connection_has_error(c)) {
         xcb_generic_event_t* event = xcb_poll_for_event(c);
         if (!event) {
-            while (poll(fds, 2, -1) < 0 && errno == EINTR) {
-            }
-            if (fds[0].revents & POLLIN)
+            if (!thread.wait(server, -1))
                 break;
             continue;
         }

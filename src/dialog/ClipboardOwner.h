@@ -3,12 +3,10 @@
 // closed: a small thread with its own X connection and window owns the
 // CLIPBOARD selection and answers TARGETS, UTF8_STRING and STRING requests,
 // until another client takes the selection or the library is unloaded.
-#include <atomic>
 #include <mutex>
 #include <string>
-#include <thread>
 
-#include "util/WakeDescriptor.h"
+#include "util/ReaderThread.h"
 
 class ClipboardOwner {
 public:
@@ -24,9 +22,7 @@ private:
 
     std::mutex lock;
     std::string text;
-    std::thread thread;
-    std::atomic<bool> running{false};
-    WakeDescriptor wakeUp;
+    ReaderThread thread;
     void* connection = nullptr;  // xcb_connection_t*, used only by the thread once it runs
     uint32_t window = 0;
     uint32_t atoms[4] = {};  // CLIPBOARD, TARGETS, UTF8_STRING, STRING

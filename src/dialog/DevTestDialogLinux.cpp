@@ -1,10 +1,11 @@
 #include "dialog/DevTestDialogLinux.h"
 
-#include <cstdio>
-
 #include "dialog/ClipboardOwner.h"
 #include "dialog/GtkApi.h"
-#include "params/DeviceNodes.h"
+#include "input/DeviceNodes.h"
+#include "input/InputDeviceComPortFactory.h"
+#include "input/InputDeviceKeyboardFactory.h"
+#include "input/PortFamily.h"
 #include "util/CharsetConversion.h"
 #include "util/SymbolCodecs.h"
 
@@ -22,8 +23,8 @@ std::string capped(std::string text)
 
 }  // namespace
 
-DevTestDialogLinux::DevTestDialogLinux(const InputDeviceKeyboardFactory& keyboards,
-                                       const InputDeviceComPortFactory& ports, bool isRussian, int ioDataType)
+DevTestDialogLinux::DevTestDialogLinux(const DeviceSettings& keyboards, const DeviceSettings& ports,
+                                       bool isRussian, OutputDataType ioDataType)
     : isRussian(isRussian), keyboards(keyboards), ports(ports), ioDataType(ioDataType)
 {
 }
@@ -45,17 +46,9 @@ std::string DevTestDialogLinux::LoadString(STRING_ID id) const
     return std::string();
 }
 
-std::wstring DevTestDialogLinux::sourceNameFor(uint32_t port)
-{
-    if (port < 65)
-        return L"COM" + std::to_wstring(port);
-    if (port < 129)
-        return L"ACM" + std::to_wstring(port - 64);
-    return L"USB" + std::to_wstring(port - 128);
-}
-
 std::pair<std::string, std::string> DevTestDialogLinux::formatLine(const std::wstring& sourceName,
-                                                                   const std::wstring& data, int ioDataType)
+                                                                   const std::wstring& data,
+                                                                   OutputDataType ioDataType)
 {
     std::wstring shown;
     for (wchar_t c : decodeForOutput(data, ioDataType))
@@ -71,7 +64,20 @@ void DevTestDialogLinux::ShowDlg()
         return;  // no toolkit or no display: nothing to show
     ListenPorts();
     ListenKeyboardDevices();
+    BuildWindow();
+    gtk->gtk_widget_show_all(mDlg);
+    gtk->gtk_dialog_run(mDlg);
 
+    // Readers stop before the window goes, so no line is handed to a dead list.
+    StopListening();
+    gtk->gtk_widget_destroy(mDlg);
+    mDlg = mList = nullptr;
+    gtk->g_object_unref(mStore);
+    mStore = nullptr;
+}
+
+void DevTestDialogLinux::BuildWindow()
+{
     mDlg = gtk->gtk_dialog_new();
     gtk->gtk_widget_set_size_request(mDlg, 600, 400);
     gtk->gtk_window_set_modal(mDlg, 1);
@@ -99,15 +105,6 @@ void DevTestDialogLinux::ShowDlg()
     gtk->g_signal_connect_data(copy, "clicked", reinterpret_cast<Handler>(&OnButtonCopyClicked), this, nullptr, 0);
 
     gtk->gtk_window_set_title(mDlg, LoadString(Title).c_str());
-    gtk->gtk_widget_show_all(mDlg);
-    gtk->gtk_dialog_run(mDlg);
-
-    // Readers stop before the window goes, so no line is handed to a dead list.
-    StopListening();
-    gtk->gtk_widget_destroy(mDlg);
-    mDlg = mList = nullptr;
-    gtk->g_object_unref(mStore);
-    mStore = nullptr;
 }
 
 void DevTestDialogLinux::InitList()
@@ -125,39 +122,39 @@ void DevTestDialogLinux::InitList()
 // Every serial node the machine has, by the number in its name.
 void DevTestDialogLinux::ListenPorts()
 {
-    const std::pair<const char*, uint32_t> families[] = {{"ttyS", 0}, {"ttyACM", 64}, {"ttyUSB", 128}};
-    for (const auto& [pattern, offset] : families) {
-        const std::string format = std::string("/dev/") + pattern + "%u";
-        for (const std::string& path : findDeviceNodes(pattern)) {
-            unsigned n = 0;
-            if (std::sscanf(path.c_str(), format.c_str(), &n) == 1)
-                DoListenPort(offset + n + 1);
-        }
-    }
+    for (const PortFamily& family : kPortFamilies)
+        for (const std::string& path : findDeviceNodes(family.node))
+            if (auto port = portNumberOfNode(family, path))
+                DoListenPort(*port);
 }
 
 void DevTestDialogLinux::DoListenPort(uint32_t port)
 {
-    const std::wstring name = sourceNameFor(port);
+    const std::wstring name = portShortName(port);
     if (sources.count(name))
         return;
-    ports.portNumber = port;
-    if (auto source = ports.create([this, name](const std::wstring& data) { OnInput(name, data); }))
+    DeviceSettings settings = ports;
+    settings.port = port;
+    if (auto source = InputDeviceComPortFactory().create(settings, [this, name](const std::wstring& data) {
+            OnInput(name, data);
+        }))
         sources.emplace(name, std::move(source));
 }
 
 void DevTestDialogLinux::ListenKeyboardDevices()
 {
-    for (std::string name : listKeyboardDeviceNames()) {
-        TrimXMLIllegalChars(name);
-        DoListenKeyboardDevice(ConvertUTF8Input(name.c_str()));
-    }
+    for (const std::string& name : listKeyboardDeviceNames())
+        DoListenKeyboardDevice(normalisedDeviceName(name));
 }
 
-void DevTestDialogLinux::DoListenKeyboardDevice(const std::wstring& name)
+void DevTestDialogLinux::DoListenKeyboardDevice(const std::string& deviceName)
 {
-    keyboards.keyboardDevice = name;
-    if (auto source = keyboards.create([this, name](const std::wstring& data) { OnInput(name, data); }))
+    const std::wstring name = ConvertUTF8Input(deviceName.c_str());
+    DeviceSettings settings = keyboards;
+    settings.keyboardDevice = deviceName;
+    if (auto source = InputDeviceKeyboardFactory().create(settings, [this, name](const std::wstring& data) {
+            OnInput(name, data);
+        }))
         sources.emplace(name, std::move(source));
 }
 

@@ -12,8 +12,10 @@
 #include <utility>
 #include <vector>
 
-#include "input/InputDeviceComPortFactory.h"
-#include "input/InputDeviceKeyboardFactory.h"
+#include "abi/DeviceCodes.h"
+
+#include "input/DeviceSettings.h"
+#include "input/InputDevice.h"
 
 struct GtkApi;
 
@@ -21,8 +23,8 @@ class DevTestDialogLinux {
 public:
     enum STRING_ID { Close, Clear, Copy, Title, Timeout };
 
-    DevTestDialogLinux(const InputDeviceKeyboardFactory& keyboards, const InputDeviceComPortFactory& ports,
-                       bool isRussian, int ioDataType);
+    DevTestDialogLinux(const DeviceSettings& keyboards, const DeviceSettings& ports, bool isRussian,
+                       OutputDataType ioDataType);
     ~DevTestDialogLinux();
 
     // Listens to every source and runs the window until it is closed.
@@ -30,20 +32,19 @@ public:
     std::string LoadString(STRING_ID id) const;
     bool IsRussian() const { return isRussian; }
 
-    // Source name of a serial port number: "COM1", "ACM1", "USB1"...
-    static std::wstring sourceNameFor(uint32_t port);
     // The two columns of one list line.
     static std::pair<std::string, std::string> formatLine(const std::wstring& sourceName,
-                                                          const std::wstring& data, int ioDataType);
+                                                          const std::wstring& data, OutputDataType ioDataType);
 
 private:
     void ListenPorts();
     void DoListenPort(uint32_t port);
     void ListenKeyboardDevices();
-    void DoListenKeyboardDevice(const std::wstring& name);
+    void DoListenKeyboardDevice(const std::string& deviceName);
     void OnInput(const std::wstring& sourceName, const std::wstring& data);
     void StopListening();
 
+    void BuildWindow();
     void InitList();
     void AddItemToList(const std::string& column0, const std::string& column1);
     static int takeQueuedLines(void* dialog);
@@ -51,11 +52,11 @@ private:
     static void OnButtonClearClicked(void* widget, void* dialog);
     static void OnButtonCopyClicked(void* widget, void* dialog);
 
-    bool isRussian;
-    InputDeviceKeyboardFactory keyboards;
-    InputDeviceComPortFactory ports;
-    std::map<std::wstring, std::shared_ptr<InputDevice>> sources;
-    int ioDataType;
+    const bool isRussian;
+    const DeviceSettings keyboards;
+    const DeviceSettings ports;
+    const OutputDataType ioDataType;
+    std::map<std::wstring, std::unique_ptr<InputDevice>> sources;
 
     const GtkApi* gtk = nullptr;
     void* mDlg = nullptr;

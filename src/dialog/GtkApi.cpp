@@ -1,12 +1,8 @@
 #include "dialog/GtkApi.h"
 
-#include <dlfcn.h>
-
-#include <mutex>
-
 namespace {
 
-GtkApi* load()
+GtkApi* loadGtk()
 {
     // A host built on GTK 3 has it loaded already; GTK 2 must not join it.
     void* handle = dlopen("libgtk-3.so.0", RTLD_NOW | RTLD_NOLOAD);
@@ -19,13 +15,7 @@ GtkApi* load()
         return nullptr;
     auto* api = new GtkApi();
     api->majorVersion = version;
-    bool complete = true;
-#define RAVLIN_RESOLVE_GTK(ret, name, args)                                   \
-    api->name = reinterpret_cast<ret(*) args>(dlsym(handle, #name));         \
-    complete = complete && api->name != nullptr;
-    RAVLIN_GTK_FUNCTIONS(RAVLIN_RESOLVE_GTK)
-#undef RAVLIN_RESOLVE_GTK
-    if (!complete) {
+    if (!api->resolve({handle})) {
         delete api;
         return nullptr;
     }
@@ -36,7 +26,7 @@ GtkApi* load()
 
 const GtkApi* GtkApi::get()
 {
-    static GtkApi* const api = load();
+    static GtkApi* const api = loadGtk();
     if (!api)
         return nullptr;
     // A host that has not started the toolkit gets it started here; without a

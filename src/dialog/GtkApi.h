@@ -4,6 +4,7 @@
 // cannot share a process (their types clash in one GLib type system), so a
 // host that already runs GTK 3 gets its own toolkit used; otherwise GTK 2 is
 // loaded. Every function used here has the same signature in both.
+#include "util/RuntimeLibrary.h"
 
 struct GtkTreeIter {
     int stamp;
@@ -58,14 +59,20 @@ struct GtkTreeIter {
     X(void, g_free, (void*))
 
 struct GtkApi {
-#define RAVLIN_DECLARE_GTK(ret, name, args) ret(*name) args = nullptr;
-    RAVLIN_GTK_FUNCTIONS(RAVLIN_DECLARE_GTK)
-#undef RAVLIN_DECLARE_GTK
+    RAVLIN_GTK_FUNCTIONS(RAVLIN_DECLARE_FUNCTION)
 
     // The toolkit ready to use on the calling thread, or null when there is no
     // toolkit or no display. Loaded once; a toolkit is never unloaded.
     static const GtkApi* get();
     int majorVersion = 0;
+
+    // Fills the table from the given libraries; false when any function is missing.
+    bool resolve(std::initializer_list<void*> handles)
+    {
+        bool complete = true;
+        RAVLIN_GTK_FUNCTIONS(RAVLIN_RESOLVE_FUNCTION)
+        return complete;
+    }
 };
 
 constexpr unsigned long kGTypeString = 16 << 2;  // G_TYPE_STRING, a fundamental type

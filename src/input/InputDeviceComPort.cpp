@@ -1,105 +1,68 @@
 #include "input/InputDeviceComPort.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 
+#include "input/LineSpeeds.h"
+#include "input/PortFamily.h"
 #include "input/SerialFramer.h"
 #include "util/CharsetConversion.h"
 #include "util/SymbolCodecs.h"
 
 namespace {
 
-speed_t speedConstant(uint32_t speed)
-{
-    switch (speed) {
-    case 110: return B110;
-    case 300: return B300;
-    case 600: return B600;
-    case 1200: return B1200;
-    case 2400: return B2400;
-    case 4800: return B4800;
-    case 19200: return B19200;
-    case 38400: return B38400;
-    case 57600: return B57600;
-    case 115200: return B115200;
-    default: return B9600;
-    }
-}
+constexpr int kReopenIntervalMs = 500;
+constexpr int kMaxQuietWindowMs = 1000;
+constexpr int kMaxEmptyReads = 100;
+// A character on the line is at most 10 bits (start, 8 data, stop), so three
+// of them take 30 bit times: 30000 ms-bits divided by the baud rate.
+constexpr unsigned kThreeCharsBitMs = 30000;
 
-// Raw mode is essential: a terminal left canonical turns the scanner's CR into
-// LF and holds bytes back until end of line, so the suffix would never arrive.
+// Input, output and local processing go, so the scanner's bytes arrive as sent:
+// a canonical line turns CR into LF and holds bytes back until end of line, and
+// the suffix would never arrive. The character size, parity and stop bits stay
+// as the administrator set the line up (cfmakeraw would force 8N1).
 bool configureLine(int fd, uint32_t speed)
 {
     termios tio{};
     if (tcgetattr(fd, &tio) != 0)
         return false;  // not a terminal: no scanner can be behind it
-    cfmakeraw(&tio);
+    tio.c_iflag &= ~(IGNBRK | BRKINT | PARMRK | INLCR | IGNCR | ICRNL | IXON);
+    tio.c_oflag &= ~OPOST;
+    tio.c_lflag &= ~(ECHO | ECHONL | ICANON | ISIG | IEXTEN);
     tio.c_cflag |= CLOCAL | CREAD;
     tio.c_cc[VMIN] = 0;
     tio.c_cc[VTIME] = 0;
-    cfsetispeed(&tio, speedConstant(speed));
-    cfsetospeed(&tio, speedConstant(speed));
+    const speed_t constant = lineSpeedFor(speed).constant;
+    cfsetispeed(&tio, constant);
+    cfsetospeed(&tio, constant);
     tcsetattr(fd, TCSAFLUSH, &tio);
     tcflush(fd, TCIOFLUSH);
     return true;
 }
 
-constexpr int kReopenIntervalMs = 500;
-constexpr int kMaxQuietWindowMs = 1000;
-constexpr int kMaxEmptyReads = 100;
-
 }  // namespace
 
-InputDeviceComPort::InputDeviceComPort(DataCallback callback) : InputDevice(std::move(callback)) {}
+InputDeviceComPort::InputDeviceComPort(DataCallback callback, const DeviceSettings& settings)
+    : InputDevice(std::move(callback)), settings(settings), devicePath(portDevicePath(settings.port))
+{
+}
 
 InputDeviceComPort::~InputDeviceComPort()
 {
-    if (thread.joinable()) {
-        running = false;
-        wakeUp.wake();
-        thread.join();
-    }
+    thread.stop();
     closeLine();
 }
 
-std::string InputDeviceComPort::devicePathFor(uint32_t portNumber)
+bool InputDeviceComPort::start()
 {
-    if (portNumber >= 129)
-        return "/dev/ttyUSB" + std::to_string(portNumber - 129);
-    if (portNumber >= 65)
-        return "/dev/ttyACM" + std::to_string(portNumber - 65);
-    return "/dev/ttyS" + std::to_string(portNumber - 1);
-}
-
-unsigned InputDeviceComPort::baudFor(uint32_t speed)
-{
-    return speedConstant(speed) == B9600 ? 9600 : speed;
-}
-
-bool InputDeviceComPort::start(const InputDeviceComPortFactory& from)
-{
-    settings.portNumber = from.portNumber;
-    settings.speed = from.speed;
-    settings.dataBits = from.dataBits;
-    settings.stopBits = from.stopBits;
-    settings.suffix = from.suffix;
-    settings.comTimeout = from.comTimeout;
-    settings.comEncoding = from.comEncoding;
-    devicePath = devicePathFor(settings.portNumber);
-    suffix = wstr2str(settings.suffix);
-
-    if (wakeUp.fd() < 0 || !openLine())
+    if (!openLine())
         return false;
-    running = true;
-    try {
-        thread = std::thread(&InputDeviceComPort::run, this);
-    } catch (...) {
-        running = false;
+    if (!thread.start([this] { run(); })) {
         closeLine();
         return false;
     }
@@ -131,19 +94,9 @@ int InputDeviceComPort::quietWindowMs() const
 {
     if (settings.comTimeout <= 0)
         return 0;
-    const unsigned threeCharsMs = (30000 + baudFor(settings.speed) - 1) / baudFor(settings.speed);
+    const unsigned baud = lineSpeedFor(settings.speed).baud;
+    const unsigned threeCharsMs = (kThreeCharsBitMs + baud - 1) / baud;
     return std::min(kMaxQuietWindowMs, std::max<int>(settings.comTimeout, static_cast<int>(threeCharsMs)));
-}
-
-bool InputDeviceComPort::waitForInput(int timeoutMs, short& lineEvents)
-{
-    pollfd fds[2] = {{wakeUp.fd(), POLLIN, 0}, {fd, POLLIN, 0}};
-    int rc;
-    do {
-        rc = poll(fds, fd >= 0 ? 2 : 1, timeoutMs);
-    } while (rc < 0 && errno == EINTR);
-    lineEvents = fd >= 0 ? fds[1].revents : 0;
-    return running && !(fds[0].revents & POLLIN);
 }
 
 void InputDeviceComPort::deliverCode(const std::string& code) const
@@ -153,47 +106,55 @@ void InputDeviceComPort::deliverCode(const std::string& code) const
 
 void InputDeviceComPort::run()
 {
-    SerialFramer framer(suffix);
-    char chunk[4096];
-    int emptyReads = 0;
+    SerialFramer framer(settings.suffix);
     const int quietMs = quietWindowMs();
-    while (running) {
-        if (fd < 0) {
-            // Unplugged: try the same path again a couple of times a second.
-            short ignored = 0;
-            if (!waitForInput(kReopenIntervalMs, ignored))
-                break;
-            openLine();
-            continue;
-        }
-        short events = 0;
-        if (!waitForInput(framer.pending() ? quietMs : -1, events))
-            break;
-        if (events == 0) {
-            if (auto code = framer.quiet())
-                deliverCode(*code);
-            continue;
-        }
-        ssize_t n = -1;
-        if (events & POLLIN)
-            n = read(fd, chunk, sizeof chunk);
-        if (n > 0) {
-            emptyReads = 0;
-            for (ssize_t i = 0; i < n; ++i)
-                if (auto code = framer.feed(chunk[i]))
-                    deliverCode(*code);
-            continue;
-        }
-        // A raw line with VMIN 0 answers an empty read with 0, not with
-        // EAGAIN, so 0 alone is no end of file; a hang-up, an error, or a line
-        // that keeps offering nothing is.
-        const bool empty = (events & POLLIN) && (n == 0 || errno == EAGAIN || errno == EINTR);
-        if (empty && !(events & (POLLHUP | POLLERR | POLLNVAL)) && ++emptyReads < kMaxEmptyReads)
-            continue;
-        emptyReads = 0;
-        // The device went away.
+    int emptyReads = 0;
+    while (fd < 0 ? reopenAfterPause() : readOnce(framer, quietMs, emptyReads)) {
+    }
+}
+
+// Unplugged: the same path is tried again a couple of times a second.
+bool InputDeviceComPort::reopenAfterPause()
+{
+    std::array<pollfd, 0> nothing{};
+    if (!thread.wait(nothing, kReopenIntervalMs))
+        return false;
+    openLine();
+    return true;
+}
+
+bool InputDeviceComPort::readOnce(SerialFramer& framer, int quietMs, int& emptyReads)
+{
+    std::array<pollfd, 1> line{{{fd, POLLIN, 0}}};
+    if (!thread.wait(line, framer.pending() ? quietMs : -1))
+        return false;
+    const short events = line[0].revents;
+    if (events == 0) {  // the line went quiet
         if (auto code = framer.quiet())
             deliverCode(*code);
-        closeLine();
+        return true;
     }
+    char chunk[4096];
+    ssize_t n = -1;
+    if (events & POLLIN)
+        n = read(fd, chunk, sizeof chunk);
+    if (n > 0) {
+        emptyReads = 0;
+        for (ssize_t i = 0; i < n; ++i)
+            if (auto code = framer.feed(chunk[i]))
+                deliverCode(*code);
+        return true;
+    }
+    // A raw line with VMIN 0 answers an empty read with 0, not with EAGAIN, so
+    // 0 alone is no end of file; a hang-up, an error, or a line that keeps
+    // offering nothing is.
+    const bool empty = (events & POLLIN) && (n == 0 || errno == EAGAIN || errno == EINTR);
+    if (empty && !(events & (POLLHUP | POLLERR | POLLNVAL)) && ++emptyReads < kMaxEmptyReads)
+        return true;
+    emptyReads = 0;
+    // The device went away.
+    if (auto code = framer.quiet())
+        deliverCode(*code);
+    closeLine();
+    return true;
 }

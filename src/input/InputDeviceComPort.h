@@ -1,39 +1,34 @@
 #pragma once
-#include <atomic>
 #include <string>
-#include <thread>
 
+#include "input/DeviceSettings.h"
 #include "input/InputDevice.h"
-#include "input/InputDeviceComPortFactory.h"
-#include "util/WakeDescriptor.h"
+#include "util/ReaderThread.h"
+
+class SerialFramer;
 
 // Reads a scanner on a serial line (real port, CDC-ACM or USB-serial adapter)
 // on its own thread, framing codes by the suffix byte.
 class InputDeviceComPort : public InputDevice {
 public:
-    explicit InputDeviceComPort(DataCallback callback);
+    InputDeviceComPort(DataCallback callback, const DeviceSettings& settings);
     ~InputDeviceComPort() override;
 
     // Opens and configures the line and starts the reader; false leaves nothing behind.
-    bool start(const InputDeviceComPortFactory& settings);
-
-    static std::string devicePathFor(uint32_t portNumber);
-    static unsigned baudFor(uint32_t speed);
+    bool start();
 
 private:
     void run();
+    // One wait and what follows it; false when told to stop.
+    bool reopenAfterPause();
+    bool readOnce(SerialFramer& framer, int quietMs, int& emptyReads);
     bool openLine();
     void closeLine();
-    // Waits for the line (when open) or the wake descriptor; false when told to stop.
-    bool waitForInput(int timeoutMs, short& lineEvents);
     int quietWindowMs() const;
     void deliverCode(const std::string& code) const;
 
+    const DeviceSettings settings;
+    const std::string devicePath;
     int fd = -1;
-    WakeDescriptor wakeUp;
-    std::thread thread;
-    std::atomic<bool> running{false};
-    std::string suffix;  // narrow (UTF-8) form of the factory's suffix
-    InputDeviceComPortFactory settings;
-    std::string devicePath;
+    ReaderThread thread;
 };

@@ -2,10 +2,11 @@
 
 #include "input/InputDeviceComPort.h"
 
-std::unique_ptr<InputDevice> InputDeviceComPortFactory::create(const DataCallback& callback) const
+std::unique_ptr<InputDevice> InputDeviceComPortFactory::create(const DeviceSettings& settings,
+                                                               const DataCallback& callback) const
 {
-    auto source = std::make_unique<InputDeviceComPort>(callback);
-    if (!source->start(*this))
+    auto source = std::make_unique<InputDeviceComPort>(callback, settings);
+    if (!source->start())
         return nullptr;
     return source;
 }

@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "input/DeviceNodes.h"
 #include "input/NonPrintableKeys.h"
 #include "util/CharsetConversion.h"
 #include "util/Logger.h"
@@ -41,27 +42,26 @@ bool succeeded(xcb_connection_t* c, xcb_void_cookie_t cookie)
     return !error;
 }
 
+
+// A NUL cannot be typed: a suffix that is none, or only NUL, means Enter.
+char suffixByte(const std::string& suffix)
+{
+    return suffix.empty() || suffix.back() == '\0' ? '\r' : suffix.back();
+}
+
 }  // namespace
 
-InputDeviceKeyboard::InputDeviceKeyboard(DataCallback callback, const InputDeviceKeyboardFactory& settings)
-    : InputDevice(std::move(callback)), testMode(settings.testMode)
+InputDeviceKeyboard::InputDeviceKeyboard(DataCallback callback, const DeviceSettings& settings)
+    : InputDevice(std::move(callback)),
+      settings(settings),
+      suffix(suffixByte(settings.suffix)),
+      gsKeysym(NonPrintableKeys::getKeyLinuxData(static_cast<NonPrintableKeys::KeyID>(settings.gsKey)))
 {
-    char bytes[10] = {};
-    const size_t n = std::wcstombs(bytes, settings.suffix.c_str(), sizeof bytes);
-    if (n != static_cast<size_t>(-1) && n >= 1)
-        suffix = bytes[n - 1];
-    gsKeysym = NonPrintableKeys::getKeyLinuxData(static_cast<NonPrintableKeys::KeyID>(settings.gsKey));
-    for (wchar_t c : settings.keyboardDevice)
-        deviceName += static_cast<char>(static_cast<uint32_t>(c) & 0xFF);
 }
 
 InputDeviceKeyboard::~InputDeviceKeyboard()
 {
-    if (thread.joinable()) {
-        running = false;
-        wakeUp.wake();
-        thread.join();
-    }
+    thread.stop();
     if (display) {
         if (!serverGone && !connectionLost()) {
             unbind();
@@ -87,34 +87,31 @@ bool InputDeviceKeyboard::start()
     root = DefaultRootWindow(display);
     // Fetch the key map now: later the reader must not make Xlib requests of its own.
     XkbKeycodeToKeysym(display, 8, 0, 0);
-    if (wakeUp.fd() < 0 || !findAndBind() || !selectHierarchyEvents())
+    if (!findAndBind() || !selectHierarchyEvents())
         return false;
-    running = true;
-    try {
-        thread = std::thread(&InputDeviceKeyboard::ReadThread, this);
-    } catch (...) {
-        running = false;
-        return false;
-    }
-    return true;
+    return thread.start([this] { ReadThread(); });
 }
 
-// Binds the last listed device whose name (blanked as the settings form shows
-// it) matches; a name found nowhere leaves the source unbound.
+// Binds the last listed device of the configured name. The bound device stays
+// bound while it exists: a second scanner of the same name, or a lingering
+// node of one that re-enumerated, must not take its grab away. A name found
+// nowhere leaves the source unbound.
 bool InputDeviceKeyboard::findAndBind()
 {
     int count = 0;
     XDeviceInfo* devices = XListInputDevices(display, &count);
     int found = -1;
+    bool boundStillThere = false;
     for (int i = 0; i < count; ++i) {
-        std::string name = devices[i].name ? devices[i].name : "";
-        if (TrimXMLIllegalChars(name) && name == deviceName)
-            found = static_cast<int>(devices[i].id);
+        if (normalisedDeviceName(devices[i].name ? devices[i].name : "") != settings.keyboardDevice)
+            continue;
+        found = static_cast<int>(devices[i].id);
+        boundStillThere = boundStillThere || found == deviceId;
     }
     if (devices)
         XFreeDeviceList(devices);
-    if (found == deviceId)
-        return found >= 0;
+    if (boundStillThere)
+        return true;
     unbind();
     return found >= 0 && bindDevice(found);
 }
@@ -124,7 +121,7 @@ bool InputDeviceKeyboard::bindDevice(int id)
     xcb_connection_t* c = xcbOf(display);
     XFlush(display);
     bool ok;
-    if (!testMode) {
+    if (!settings.testMode) {
         // Grabbed, the scanner's keystrokes reach no other window.
         auto cookie = xcb_input_xi_grab_device(c, static_cast<xcb_window_t>(root), XCB_CURRENT_TIME,
                                                XCB_NONE, static_cast<xcb_input_device_id_t>(id),
@@ -182,16 +179,14 @@ bool InputDeviceKeyboard::connectionLost()
 // Sleeps until the server sends something or the source is told to stop.
 bool InputDeviceKeyboard::waitForX()
 {
-    pollfd fds[2] = {{wakeUp.fd(), POLLIN, 0}, {serverGone ? -1 : ConnectionNumber(display), POLLIN, 0}};
-    while (poll(fds, 2, -1) < 0 && errno == EINTR) {
-    }
-    return running && !(fds[0].revents & POLLIN);
+    std::array<pollfd, 1> server{{{serverGone ? -1 : ConnectionNumber(display), POLLIN, 0}}};
+    return thread.wait(server, -1);
 }
 
 void InputDeviceKeyboard::ReadThread()
 {
     std::string code;
-    while (running) {
+    while (!thread.stopping()) {
         if (!serverGone && connectionLost())
             serverGone = true;
         // Reading happens only here, after the socket was seen alive. The
@@ -272,7 +267,7 @@ void InputDeviceKeyboard::handleKeyPress(unsigned keycode, unsigned mods, std::s
         code += static_cast<char>(kGroupSeparator);
         return;
     }
-    if (testMode) {
+    if (settings.testMode) {
         const std::string name = NonPrintableKeys::getKeyShortName(keysym);
         if (!name.empty()) {
             code += name;
@@ -287,7 +282,7 @@ void InputDeviceKeyboard::handleKeyPress(unsigned keycode, unsigned mods, std::s
         code += buffer[0];
         return;
     }
-    if (testMode)
+    if (settings.testMode)
         code += buffer[0];
     const std::wstring text = ConvertUTF8Input(raw2Base64(code).c_str());
     code.clear();

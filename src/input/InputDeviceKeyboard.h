@@ -2,11 +2,10 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
-#include <thread>
 
+#include "input/DeviceSettings.h"
 #include "input/InputDevice.h"
-#include "input/InputDeviceKeyboardFactory.h"
-#include "util/WakeDescriptor.h"
+#include "util/ReaderThread.h"
 
 typedef struct _XDisplay Display;
 
@@ -20,7 +19,7 @@ typedef struct _XDisplay Display;
 // reaches Xlib's process-wide handler, whose default ends the process.
 class InputDeviceKeyboard : public InputDevice {
 public:
-    InputDeviceKeyboard(DataCallback callback, const InputDeviceKeyboardFactory& settings);
+    InputDeviceKeyboard(DataCallback callback, const DeviceSettings& settings);
     ~InputDeviceKeyboard() override;
 
     // Connects, binds the named device and starts the reader.
@@ -40,16 +39,13 @@ private:
     bool connectionLost();
     bool waitForX();
 
-    std::thread thread;
-    std::atomic<bool> running{false};
-    char suffix = '\r';
-    unsigned long gsKeysym = 0;
+    const DeviceSettings settings;
+    const char suffix;
+    const unsigned long gsKeysym;
     Display* display = nullptr;
     unsigned long root = 0;
     uint32_t pidAtom = 0;  // _NET_WM_PID, 0 until the server has it
     std::atomic<long> deviceId{-1};
-    bool testMode = false;
     bool serverGone = false;
-    WakeDescriptor wakeUp;
-    std::string deviceName;
+    ReaderThread thread;
 };

@@ -1,21 +1,22 @@
 #include "params/LinuxParametersTableBuilder.h"
 
-#include <cstdio>
 #include <map>
 
-#include "params/DeviceNodes.h"
+#include "input/DeviceNodes.h"
+#include "input/LineSpeeds.h"
+#include "input/PortFamily.h"
 #include "util/CharsetConversion.h"
 #include "util/Logger.h"
 #include "util/SymbolCodecs.h"
 
 void LinuxParametersTableBuilder::BuildPortPart()
 {
-    const std::wstring serial = GetCOMDevicesList("ttyS", L"COM", 0);
-    const std::wstring acm = GetCOMDevicesList("ttyACM", L"Virtual COM", 64);
-    const std::wstring usb = GetCOMDevicesList("ttyUSB", L"USB COM", 128);
+    std::wstring ports;
+    for (const PortFamily& family : kPortFamilies)
+        ports += GetCOMDevicesList(family);
     append(L"<Parameter" + attribute(L"Name", L"Port") + attribute(L"Caption", text(L"Порт", L"Port")) +
            attribute(L"TypeValue", L"Number") + attribute(L"DefaultValue", L"0") + L"><ChoiceList>" +
-           item(L"0", text(L"Клавиатура", L"Keyboard")) + serial + acm + usb + L"</ChoiceList></Parameter>");
+           item(L"0", text(L"Клавиатура", L"Keyboard")) + ports + L"</ChoiceList></Parameter>");
 }
 
 void LinuxParametersTableBuilder::BuildKeyboardDevicePart()
@@ -30,26 +31,24 @@ void LinuxParametersTableBuilder::BuildKeyboardDevicePart()
 void LinuxParametersTableBuilder::BuildCOMPortSpeedPart()
 {
     std::wstring choices;
-    for (const wchar_t* rate : {L"110", L"300", L"600", L"1200", L"2400", L"4800", L"9600", L"19200", L"38400",
-                                L"57600", L"115200"})
-        choices += item(rate, rate);
+    for (const LineSpeed& speed : kLineSpeeds)
+        choices += item(int_to_wstr(static_cast<int>(speed.baud)), int_to_wstr(static_cast<int>(speed.baud)));
     append(L"<Parameter" + attribute(L"Name", L"Speed") + attribute(L"Caption", text(L"Скорость", L"Speed")) +
            attribute(L"TypeValue", L"Number") + attribute(L"DefaultValue", L"9600") +
            attribute(L"MasterParameterOperation", L"NotEqual") + attribute(L"MasterParameterName", L"Port") +
            attribute(L"MasterParameterValue", L"0") + L"><ChoiceList>" + choices + L"</ChoiceList></Parameter>");
 }
 
-// Items sorted by the node's number; names that carry no number count as 0,
-// and each number is offered once.
-std::wstring LinuxParametersTableBuilder::GetCOMDevicesList(std::string pattern, std::wstring caption, int offset)
+// Items sorted by port number, each number offered once. A node of the
+// family's name that carries no number (found deeper in /dev, say) has always
+// been offered as the family's first port.
+std::wstring LinuxParametersTableBuilder::GetCOMDevicesList(const PortFamily& family)
 {
-    const std::string format = "/dev/" + pattern + "%d";
-    std::map<int, std::wstring> items;
-    for (const std::string& path : findDeviceNodes(pattern)) {
-        int n = 0;
-        if (std::sscanf(path.c_str(), format.c_str(), &n) != 1)
-            n = 0;
-        items.emplace(n, item(int_to_wstr(offset + n + 1), caption + int_to_wstr(n + 1)));
+    std::map<uint32_t, std::wstring> items;
+    for (const std::string& path : findDeviceNodes(family.node)) {
+        const uint32_t port = portNumberOfNode(family, path).value_or(family.base);
+        const int index = static_cast<int>(port - family.base);
+        items.emplace(port, item(int_to_wstr(static_cast<int>(port)), family.caption + int_to_wstr(index + 1)));
     }
     std::wstring list;
     for (const auto& entry : items)
@@ -67,9 +66,9 @@ std::wstring LinuxParametersTableBuilder::GetEventDeviceListEnties()
 std::wstring LinuxParametersTableBuilder::keyboardItems(const std::vector<std::string>& deviceNames)
 {
     std::wstring items;
-    for (std::string name : deviceNames) {
-        log("XDevice settings list element - " + name);
-        TrimXMLIllegalChars(name);
+    for (const std::string& listed : deviceNames) {
+        log("XDevice settings list element - " + listed);
+        const std::string name = normalisedDeviceName(listed);
         log("XDevice settings list element trimmed - " + name);
         const std::wstring wide = ConvertUTF8Input(name.c_str());
         items += item(wide, wide);

@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "input/PortFamily.h"
 #include "params/ParametersTableBuilder.h"
 
 // Fills in what depends on the machine: its serial ports and X keyboards.
@@ -13,8 +14,8 @@ public:
     void BuildKeyboardDevicePart() override;
     void BuildCOMPortSpeedPart() override;
 
-    // Port items for the nodes named pattern*, numbered from offset + 1.
-    std::wstring GetCOMDevicesList(std::string pattern, std::wstring caption, int offset);
+    // Port items for the family's nodes under /dev.
+    std::wstring GetCOMDevicesList(const PortFamily& family);
     std::wstring GetEventDeviceListEnties();
     static std::wstring keyboardItems(const std::vector<std::string>& deviceNames);
 };

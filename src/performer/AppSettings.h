@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "addin/Types.h"
+#include "abi/Types.h"
 
 class AppSettings {
 public:

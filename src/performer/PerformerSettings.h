@@ -1,16 +1,17 @@
 #pragma once
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <unordered_map>
 
-#include "addin/Types.h"
+#include "abi/DeviceCodes.h"
+#include "abi/Types.h"
 
-// What a device captures when it is opened, and the setters that fill it.
+// What a device's events are named and formed by, captured when it is opened,
+// and the setters through which the host changes the parameters.
 struct PerformerSettings {
     using Setter = std::function<bool(const tVariant&)>;
 
-    uint32_t equipmentCode = 16;  // 16 barcode scanner, 32 magnetic card reader
-    uint32_t outputDataType = 0;  // 0 text, 1 human-readable bytes, 2 Base64
+    EquipmentCode equipmentCode = EquipmentCode::BarcodeScanner;
+    OutputDataType outputDataType = OutputDataType::Text;  // any number the host gives is kept
     std::unordered_map<std::wstring, Setter> setters;
 };

@@ -3,16 +3,15 @@
 #include <functional>
 #include <string>
 
-#include "addin/AddInDefBase.h"
-#include "addin/Types.h"
+#include "abi/DeviceCodes.h"
+#include "abi/Types.h"
 
 // (device id, equipment code, output data type, Base64 text of the code)
-using InputCallback = std::function<void(const std::wstring&, int, int, const std::wstring&)>;
+using InputCallback = std::function<void(const std::wstring&, EquipmentCode, OutputDataType, const std::wstring&)>;
 
 class RavlinPerformerBase {
 public:
-    RavlinPerformerBase(IAddInDefBaseEx* connection, InputCallback onInput)
-        : connection(connection), onInput(std::move(onInput)) {}
+    explicit RavlinPerformerBase(InputCallback onInput) : onInput(std::move(onInput)) {}
     virtual ~RavlinPerformerBase() {}
 
     virtual bool OpenDevice(const std::wstring& deviceId) = 0;
@@ -24,6 +23,5 @@ public:
     virtual tVariant GetParameter(const wchar_t* name) = 0;
 
 protected:
-    IAddInDefBaseEx* connection;
     InputCallback onInput;
 };

@@ -1,6 +1,8 @@
 #include "performer/RavlinPerformerDesktop.h"
 
-#include "addin/StringConversion.h"
+#include "abi/StringConversion.h"
+#include "input/DeviceNodes.h"
+#include "util/CharsetConversion.h"
 #include "dialog/DevTestDialogLinux.h"
 #include "performer/AppSettings.h"
 
@@ -16,10 +18,14 @@ bool readCharacter(const tVariant& value, std::wstring& out)
     return true;
 }
 
-// A text parameter must be a string: reading another type's value as a
-// pointer would take the host down.
+// A text parameter is a string or nothing (the empty text). Any other type is
+// refused: reading its value as a pointer would take the host down.
 bool readText(const tVariant& value, std::wstring& out)
 {
+    if (value.vt == VTYPE_EMPTY) {
+        out.clear();
+        return true;
+    }
     if (value.vt != VTYPE_PWSTR)
         return false;
     out = convFromShortWchar(value);
@@ -38,10 +44,9 @@ bool readInt(const tVariant& value, T& out)
 
 }  // namespace
 
-RavlinPerformerDesktop::RavlinPerformerDesktop(IAddInDefBaseEx* connection, const InputCallback& onInput)
-    : RavlinPerformerBase(connection, onInput), settings(std::make_unique<PerformerSettings>())
+RavlinPerformerDesktop::RavlinPerformerDesktop(const InputCallback& onInput)
+    : RavlinPerformerBase(onInput), settings(std::make_unique<PerformerSettings>())
 {
-    comPortFactory.comEncoding = L"UTF-8";
     addSetters();
 }
 
@@ -50,29 +55,29 @@ RavlinPerformerDesktop::~RavlinPerformerDesktop() = default;
 void RavlinPerformerDesktop::addSetters()
 {
     auto& s = settings->setters;
-    s[L"Port"] = [this](const tVariant& v) {
-        int port = 0;
-        if (!convVarToInt(v, port))
+    s[L"Port"] = [this](const tVariant& v) { return readInt(v, next.port); };
+    s[L"KeyboardDevice"] = [this](const tVariant& v) {
+        std::wstring name;
+        if (!readText(v, name))
             return false;
-        comPortFactory.portNumber = static_cast<uint32_t>(port);
-        keyboardFactory.portNumber = port;
+        next.keyboardDevice = normalisedDeviceName(wstr2str(name));
         return true;
     };
-    s[L"KeyboardDevice"] = [this](const tVariant& v) { return readText(v, keyboardFactory.keyboardDevice); };
-    s[L"DataBits"] = [this](const tVariant& v) { return readInt(v, comPortFactory.dataBits); };
-    s[L"StopBit"] = [this](const tVariant& v) { return readInt(v, comPortFactory.stopBits); };
-    s[L"Speed"] = [this](const tVariant& v) { return readInt(v, comPortFactory.speed); };
-    s[L"Prefix"] = [this](const tVariant& v) { return readCharacter(v, keyboardFactory.prefix); };
+    s[L"DataBits"] = [this](const tVariant& v) { return readInt(v, next.dataBits); };
+    s[L"StopBit"] = [this](const tVariant& v) { return readInt(v, next.stopBits); };
+    s[L"Speed"] = [this](const tVariant& v) { return readInt(v, next.speed); };
+    s[L"Prefix"] = [this](const tVariant& v) { return readCharacter(v, next.prefix); };
     s[L"Suffix"] = [this](const tVariant& v) {
-        if (!readCharacter(v, keyboardFactory.suffix))
+        std::wstring suffix;
+        if (!readCharacter(v, suffix))
             return false;
-        comPortFactory.suffix = keyboardFactory.suffix;
+        next.suffix = wstr2str(suffix);
         return true;
     };
-    s[L"Timeout"] = [this](const tVariant& v) { return readInt(v, keyboardFactory.keyboardTimeout); };
-    s[L"TimeoutCOM"] = [this](const tVariant& v) { return readInt(v, comPortFactory.comTimeout); };
-    s[L"COMEncoding"] = [this](const tVariant& v) { return readText(v, comPortFactory.comEncoding); };
-    s[L"GSSymbolKey"] = [this](const tVariant& v) { return readInt(v, keyboardFactory.gsKey); };
+    s[L"Timeout"] = [this](const tVariant& v) { return readInt(v, next.keyboardTimeout); };
+    s[L"TimeoutCOM"] = [this](const tVariant& v) { return readInt(v, next.comTimeout); };
+    s[L"COMEncoding"] = [this](const tVariant& v) { return readText(v, next.comEncoding); };
+    s[L"GSSymbolKey"] = [this](const tVariant& v) { return readInt(v, next.gsKey); };
     // Logging is off in this build; the folder is accepted and forgotten.
     s[L"LogFileFolder"] = [](const tVariant&) { return true; };
     s[L"EquipmentType"] = [this](const tVariant& v) { return setEquipmentType(v); };
@@ -80,38 +85,40 @@ void RavlinPerformerDesktop::addSetters()
     s[L"IgnoreKeyboardState"] = [this](const tVariant& v) {
         if (v.vt != VTYPE_BOOL)
             return false;
-        keyboardFactory.ignoreKeyboardState = boolOf(v);
+        next.ignoreKeyboardState = boolOf(v);
         return true;
     };
 }
 
+// Only the two kinds of reader change the code; any other text is accepted and
+// changes nothing.
 bool RavlinPerformerDesktop::setEquipmentType(const tVariant& value)
 {
-    if (!readText(value, equipmentType))
+    if (value.vt != VTYPE_PWSTR)
         return false;
-    const bool english = AppSettings::locale() != 0;
-    if (equipmentType == L"СканерШтрихкода" || equipmentType == L"УстройствоВвода") {
-        dataEventName = english ? L"Barcode" : L"Штрихкод";
-        settings->equipmentCode = 16;
-    } else if (equipmentType == L"СчитывательМагнитныхКарт") {
-        dataEventName = english ? L"TrackData" : L"ДанныеКарты";
-        settings->equipmentCode = 32;
-    }
+    const std::wstring type = convFromShortWchar(value);
+    if (type == L"СканерШтрихкода" || type == L"УстройствоВвода")
+        settings->equipmentCode = EquipmentCode::BarcodeScanner;
+    else if (type == L"СчитывательМагнитныхКарт")
+        settings->equipmentCode = EquipmentCode::CardReader;
     return true;
+}
+
+const InputDeviceFactory& RavlinPerformerDesktop::factoryFor(const DeviceSettings& device) const
+{
+    if (device.port == 0)
+        return keyboardFactory;
+    return comPortFactory;
 }
 
 bool RavlinPerformerDesktop::OpenDevice(const std::wstring& deviceId)
 {
-    const InputDeviceFactory& factory =
-        comPortFactory.portNumber != 0 ? static_cast<const InputDeviceFactory&>(comPortFactory)
-                                       : keyboardFactory;
     // The source keeps its own copies: later settings never reach an open device.
-    DataCallback bound = [callback = onInput, id = deviceId,
-                          equipment = static_cast<int>(settings->equipmentCode),
-                          output = static_cast<int>(settings->outputDataType)](const std::wstring& data) {
+    DataCallback bound = [callback = onInput, id = deviceId, equipment = settings->equipmentCode,
+                          output = settings->outputDataType](const std::wstring& data) {
         callback(id, equipment, output, data);
     };
-    std::shared_ptr<InputDevice> source = factory.create(bound);
+    std::shared_ptr<InputDevice> source = factoryFor(next).create(next, bound);
     if (!source)
         return false;
     // A repeated id keeps the first source; the new one is released here.
@@ -131,12 +138,12 @@ bool RavlinPerformerDesktop::CloseDevice(const std::wstring& deviceId)
 bool RavlinPerformerDesktop::TestDevice(const std::wstring&)
 {
     // The window listens to every port: a code there ends with the line going quiet.
-    InputDeviceComPortFactory ports = comPortFactory;
+    DeviceSettings ports = next;
     ports.suffix.clear();
-    InputDeviceKeyboardFactory keyboards = keyboardFactory;
+    DeviceSettings keyboards = next;
     keyboards.testMode = true;
     DevTestDialogLinux dialog(keyboards, ports, AppSettings::locale() == 0,
-                              static_cast<int>(AppSettings::ioDataType()));
+                              static_cast<OutputDataType>(AppSettings::ioDataType()));
     dialog.ShowDlg();
     return true;
 }

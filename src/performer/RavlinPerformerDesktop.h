@@ -2,6 +2,7 @@
 #include <map>
 #include <memory>
 
+#include "input/DeviceSettings.h"
 #include "input/InputDeviceComPortFactory.h"
 #include "input/InputDeviceKeyboardFactory.h"
 #include "performer/PerformerSettings.h"
@@ -11,7 +12,7 @@
 // ids and keeps them until they are closed.
 class RavlinPerformerDesktop : public RavlinPerformerBase {
 public:
-    RavlinPerformerDesktop(IAddInDefBaseEx* connection, const InputCallback& onInput);
+    explicit RavlinPerformerDesktop(const InputCallback& onInput);
     ~RavlinPerformerDesktop() override;
 
     bool OpenDevice(const std::wstring& deviceId) override;
@@ -22,20 +23,18 @@ public:
     tVariant GetParameter(const wchar_t* name) override;
 
     // For tests: the state the setters write.
-    const InputDeviceKeyboardFactory& keyboard() const { return keyboardFactory; }
-    const InputDeviceComPortFactory& comPort() const { return comPortFactory; }
+    const DeviceSettings& nextDevice() const { return next; }
     const PerformerSettings& deviceSettings() const { return *settings; }
-    const std::wstring& eventName() const { return dataEventName; }
     size_t openDeviceCount() const { return devices.size(); }
 
 private:
     void addSetters();
     bool setEquipmentType(const tVariant& value);
+    const InputDeviceFactory& factoryFor(const DeviceSettings& device) const;
 
     InputDeviceKeyboardFactory keyboardFactory;
     InputDeviceComPortFactory comPortFactory;
+    DeviceSettings next;  // what the next Open or DeviceTest starts from
     std::map<std::wstring, std::shared_ptr<InputDevice>> devices;
-    std::wstring dataEventName;
-    std::wstring equipmentType;
     std::unique_ptr<PerformerSettings> settings;
 };

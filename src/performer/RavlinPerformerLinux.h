@@ -3,8 +3,7 @@
 
 class RavlinPerformerLinux : public RavlinPerformerDesktop {
 public:
-    RavlinPerformerLinux(IAddInDefBaseEx* connection, const InputCallback& onInput)
-        : RavlinPerformerDesktop(connection, onInput) {}
+    explicit RavlinPerformerLinux(const InputCallback& onInput) : RavlinPerformerDesktop(onInput) {}
 
     std::wstring GetParameters() override;
 };

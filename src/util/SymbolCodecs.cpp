@@ -266,11 +266,11 @@ std::wstring base642Raw(const std::wstring& text)
     return str2wstr(base64_decode(wstr2str(text)));
 }
 
-std::wstring decodeForOutput(const std::wstring& base64, int outputDataType)
+std::wstring decodeForOutput(const std::wstring& base64, OutputDataType outputDataType)
 {
-    if (outputDataType == 2)
+    if (outputDataType == OutputDataType::Base64)
         return base64;
-    if (outputDataType == 1)
+    if (outputDataType == OutputDataType::HumanReadable)
         return raw2HRS(base642Raw(base64));
     return base642Raw(base64);
 }

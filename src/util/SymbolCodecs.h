@@ -3,6 +3,8 @@
 // (HRS) and its parser, Base64, the XML blanking filter and small string helpers.
 #include <string>
 
+#include "abi/DeviceCodes.h"
+
 std::wstring GetSymbolName(wchar_t symbol);
 std::wstring FormatSymbolForDisplay(wchar_t symbol);
 std::wstring FormatSymbolAsNumber(wchar_t symbol);
@@ -28,9 +30,9 @@ std::string base642Raw(const std::string& text);
 std::wstring raw2Base64(const std::wstring& text);
 std::wstring base642Raw(const std::wstring& text);
 
-// A code (Base64 from a reader) in the form an output data type asks for:
-// 2 the Base64 as is, 1 the human-readable rendering, anything else the text.
-std::wstring decodeForOutput(const std::wstring& base64, int outputDataType);
+// A code (Base64 from a reader) in the form an output data type asks for: the
+// Base64 as is, the human-readable rendering, or (for any other number) the text.
+std::wstring decodeForOutput(const std::wstring& base64, OutputDataType outputDataType);
 
 void trim(std::string& text);
 void trim(std::wstring& text);

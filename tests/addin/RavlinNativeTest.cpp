@@ -15,7 +15,7 @@ protected:
     void SetUp() override
     {
         AppSettings::setLocale(1);
-        component = std::make_unique<RavlinNative>(L"InputDevice", L"Штрихкод");
+        component = std::make_unique<RavlinNative>(L"InputDevice");
         component->setMemManager(&memory);
         component->Init(&connection);
     }
@@ -33,28 +33,28 @@ protected:
 
 TEST(EventNameTable, KeysAndFallbacks)
 {
-    EXPECT_EQ(eventNameFor(1, 16, 0), L"Barcode");
-    EXPECT_EQ(eventNameFor(1, 16, 2), L"BarcodeBase64");
-    EXPECT_EQ(eventNameFor(1, 32, 0), L"TrackData");
-    EXPECT_EQ(eventNameFor(1, 32, 2), L"TrackDataBase64");
-    EXPECT_EQ(eventNameFor(0, 16, 0), L"Штрихкод");
-    EXPECT_EQ(eventNameFor(0, 16, 2), L"ШтрихкодBase64");
-    EXPECT_EQ(eventNameFor(0, 32, 0), L"ДанныеКарты");
-    EXPECT_EQ(eventNameFor(0, 32, 2), L"ДанныеКартыBase64");
-    EXPECT_EQ(eventNameFor(1, 16, 1), L"Barcode");  // human-readable has no name of its own
-    EXPECT_EQ(eventNameFor(1, 32, 1), L"Barcode");
-    EXPECT_EQ(eventNameFor(1, 64, 0), L"Barcode");
-    EXPECT_EQ(eventNameFor(1, 0, 2), L"Barcode");
-    EXPECT_EQ(eventNameFor(2, 16, 0), L"Штрихкод");
-    EXPECT_EQ(eventNameFor(7, 32, 0), L"ДанныеКарты");
+    EXPECT_EQ(eventNameFor(1, EquipmentCode(16), OutputDataType(0)), L"Barcode");
+    EXPECT_EQ(eventNameFor(1, EquipmentCode(16), OutputDataType(2)), L"BarcodeBase64");
+    EXPECT_EQ(eventNameFor(1, EquipmentCode(32), OutputDataType(0)), L"TrackData");
+    EXPECT_EQ(eventNameFor(1, EquipmentCode(32), OutputDataType(2)), L"TrackDataBase64");
+    EXPECT_EQ(eventNameFor(0, EquipmentCode(16), OutputDataType(0)), L"Штрихкод");
+    EXPECT_EQ(eventNameFor(0, EquipmentCode(16), OutputDataType(2)), L"ШтрихкодBase64");
+    EXPECT_EQ(eventNameFor(0, EquipmentCode(32), OutputDataType(0)), L"ДанныеКарты");
+    EXPECT_EQ(eventNameFor(0, EquipmentCode(32), OutputDataType(2)), L"ДанныеКартыBase64");
+    EXPECT_EQ(eventNameFor(1, EquipmentCode(16), OutputDataType(1)), L"Barcode");  // human-readable has no name of its own
+    EXPECT_EQ(eventNameFor(1, EquipmentCode(32), OutputDataType(1)), L"Barcode");
+    EXPECT_EQ(eventNameFor(1, EquipmentCode(64), OutputDataType(0)), L"Barcode");
+    EXPECT_EQ(eventNameFor(1, EquipmentCode(0), OutputDataType(2)), L"Barcode");
+    EXPECT_EQ(eventNameFor(2, EquipmentCode(16), OutputDataType(0)), L"Штрихкод");
+    EXPECT_EQ(eventNameFor(7, EquipmentCode(32), OutputDataType(0)), L"ДанныеКарты");
 }
 
 TEST_F(EnglishComponent, DeliveryForms)
 {
-    component->OnInput(L"InputDevice#1", 16, 1, L"MTINCg==");  // "12\r\n"
-    component->OnInput(L"InputDevice#1", 32, 2, L"O1RyYWNr");
-    component->OnInput(L"InputDevice#1", 64, 0, L"QUI=");
-    component->OnInput(L"InputDevice#1", 16, 0, L"");
+    component->OnInput(L"InputDevice#1", EquipmentCode(16), OutputDataType(1), L"MTINCg==");  // "12\r\n"
+    component->OnInput(L"InputDevice#1", EquipmentCode(32), OutputDataType(2), L"O1RyYWNr");
+    component->OnInput(L"InputDevice#1", EquipmentCode(64), OutputDataType(0), L"QUI=");
+    component->OnInput(L"InputDevice#1", EquipmentCode(16), OutputDataType(0), L"");
     const auto events = connection.events();
     ASSERT_EQ(events.size(), 4u);
     EXPECT_EQ(events[0].name, L"Barcode");
@@ -124,7 +124,7 @@ TEST_F(EnglishComponent, SetLocaleRuSwitchesForGood)
 
 TEST(ComponentWithoutConnection, EmptyInputIsIgnored)
 {
-    RavlinNative component(L"InputDevice", L"Штрихкод");
-    component.OnInput(L"InputDevice#1", 16, 0, L"");
-    component.OnInput(L"InputDevice#1", 16, 0, L"MTIz");  // no connection: nothing to call
+    RavlinNative component(L"InputDevice");
+    component.OnInput(L"InputDevice#1", EquipmentCode(16), OutputDataType(0), L"");
+    component.OnInput(L"InputDevice#1", EquipmentCode(16), OutputDataType(0), L"MTIz");  // no connection: nothing to call
 }

@@ -13,6 +13,7 @@
 #include "XClient.h"
 #include "XvfbServer.h"
 #include "dialog/DevTestDialogLinux.h"
+#include "input/PortFamily.h"
 
 using namespace std::chrono_literals;
 
@@ -145,22 +146,24 @@ TEST(DeviceTestWindowLibrary, NoToolkitLinkedIn)
 
 TEST(DeviceTestWindowLines, SourceNamesAndDisplayForms)
 {
-    EXPECT_EQ(DevTestDialogLinux::sourceNameFor(1), L"COM1");
-    EXPECT_EQ(DevTestDialogLinux::sourceNameFor(65), L"ACM1");
-    EXPECT_EQ(DevTestDialogLinux::sourceNameFor(129), L"USB1");
-    EXPECT_EQ(DevTestDialogLinux::sourceNameFor(130), L"USB2");
+    EXPECT_EQ(portShortName(1), L"COM1");
+    EXPECT_EQ(portShortName(65), L"ACM1");
+    EXPECT_EQ(portShortName(129), L"USB1");
+    EXPECT_EQ(portShortName(130), L"USB2");
+    EXPECT_EQ(portShortName(64), L"COM64");
+    EXPECT_EQ(portShortName(0), L"");
     // A scan on the second USB adapter, text form.
-    EXPECT_EQ(DevTestDialogLinux::formatLine(L"USB2", L"MTIzDQ==", 0),
+    EXPECT_EQ(DevTestDialogLinux::formatLine(L"USB2", L"MTIzDQ==", OutputDataType(0)),
               std::make_pair(std::string("USB2:"), std::string("123 'CR' ")));
     // Base64 form: the text itself, through the symbol formatter.
-    EXPECT_EQ(DevTestDialogLinux::formatLine(L"COM1", L"MTIz", 2), std::make_pair(std::string("COM1:"), std::string("MTIz")));
-    EXPECT_EQ(DevTestDialogLinux::formatLine(L"Xvfb keyboard", L"HTE=", 1),
+    EXPECT_EQ(DevTestDialogLinux::formatLine(L"COM1", L"MTIz", OutputDataType(2)), std::make_pair(std::string("COM1:"), std::string("MTIz")));
+    EXPECT_EQ(DevTestDialogLinux::formatLine(L"Xvfb keyboard", L"HTE=", OutputDataType(1)),
               std::make_pair(std::string("Xvfb keyboard:"), std::string("(029)")));
 }
 
 TEST(DeviceTestWindowLines, CaptionsInBothLanguages)
 {
-    const DevTestDialogLinux ru({}, {}, true, 0), en({}, {}, false, 0);
+    const DevTestDialogLinux ru({}, {}, true, OutputDataType::Text), en({}, {}, false, OutputDataType::Text);
     EXPECT_EQ(ru.LoadString(DevTestDialogLinux::Close), "Закрыть");
     EXPECT_EQ(ru.LoadString(DevTestDialogLinux::Clear), "Очистить");
     EXPECT_EQ(ru.LoadString(DevTestDialogLinux::Copy), "Копировать");

@@ -8,6 +8,7 @@
 
 #include "CodeSink.h"
 #include "XClient.h"
+#include "TestUtil.h"
 #include "XvfbServer.h"
 #include "input/InputDeviceKeyboard.h"
 #include "input/InputDeviceKeyboardFactory.h"
@@ -17,20 +18,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-const std::wstring kXTestKeyboard = L"Virtual core XTEST keyboard";
-
-std::wstring b64(const std::string& bytes)
-{
-    const std::string t = raw2Base64(bytes);
-    return std::wstring(t.begin(), t.end());
-}
-
-InputDeviceKeyboardFactory factoryFor(const std::wstring& device = kXTestKeyboard)
-{
-    InputDeviceKeyboardFactory f;
-    f.keyboardDevice = device;
-    return f;
-}
+const std::string kXTestKeyboard = "Virtual core XTEST keyboard";
 
 class KeyboardReader : public ::testing::Test {
 protected:
@@ -56,7 +44,7 @@ XvfbServer* KeyboardReader::server = nullptr;
 
 TEST_F(KeyboardReader, DigitsThenEnter)
 {
-    auto source = factoryFor().create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(keyboardNamed(kXTestKeyboard), sink.callback());
     ASSERT_TRUE(source);
     x->typeText("123\n");
     EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{L"MTIz"});
@@ -65,7 +53,7 @@ TEST_F(KeyboardReader, DigitsThenEnter)
 
 TEST_F(KeyboardReader, EnterAloneGivesEmptyText)
 {
-    auto source = factoryFor().create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(keyboardNamed(kXTestKeyboard), sink.callback());
     ASSERT_TRUE(source);
     x->typeText("\n");
     EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{L""});
@@ -75,9 +63,9 @@ TEST_F(KeyboardReader, F8IsAlwaysGroupSeparator)
 {
     for (int gsKey : {-1, 3}) {
         CodeSink s;
-        auto f = factoryFor();
+        auto f = keyboardNamed(kXTestKeyboard);
         f.gsKey = gsKey;
-        auto source = f.create(s.callback());
+        auto source = InputDeviceKeyboardFactory().create(f, s.callback());
         ASSERT_TRUE(source);
         x->type({XK_0, XK_1, XK_F8, XK_2, XK_Return});
         EXPECT_EQ(s.waitFor(1), std::vector<std::wstring>{b64("01\x1D" "2")}) << gsKey;
@@ -86,9 +74,9 @@ TEST_F(KeyboardReader, F8IsAlwaysGroupSeparator)
 
 TEST_F(KeyboardReader, ConfiguredKeyIsGroupSeparator)
 {
-    auto f = factoryFor();
+    auto f = keyboardNamed(kXTestKeyboard);
     f.gsKey = 3;  // F4
-    auto source = f.create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(f, sink.callback());
     ASSERT_TRUE(source);
     x->type({XK_1, XK_F4, XK_2, XK_Return});
     EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("1\x1D" "2")});
@@ -96,7 +84,7 @@ TEST_F(KeyboardReader, ConfiguredKeyIsGroupSeparator)
 
 TEST_F(KeyboardReader, ControlBracketIsGroupSeparatorBracketAloneIsNot)
 {
-    auto source = factoryFor().create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(keyboardNamed(kXTestKeyboard), sink.callback());
     ASSERT_TRUE(source);
     x->type({XK_1});
     x->chord(XK_Control_L, XK_bracketright);
@@ -106,7 +94,7 @@ TEST_F(KeyboardReader, ControlBracketIsGroupSeparatorBracketAloneIsNot)
 
 TEST_F(KeyboardReader, ShiftGivesCapitals)
 {
-    auto source = factoryFor().create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(keyboardNamed(kXTestKeyboard), sink.callback());
     ASSERT_TRUE(source);
     x->chord(XK_Shift_L, XK_a);
     x->type({XK_b, XK_Return});
@@ -115,9 +103,9 @@ TEST_F(KeyboardReader, ShiftGivesCapitals)
 
 TEST_F(KeyboardReader, SuffixFromSettings)
 {
-    auto f = factoryFor();
-    f.suffix = L"x";
-    auto source = f.create(sink.callback());
+    auto f = keyboardNamed(kXTestKeyboard);
+    f.suffix = "x";
+    auto source = InputDeviceKeyboardFactory().create(f, sink.callback());
     ASSERT_TRUE(source);
     x->typeText("12\n3x");
     EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("12\r3")});
@@ -125,9 +113,9 @@ TEST_F(KeyboardReader, SuffixFromSettings)
 
 TEST_F(KeyboardReader, TestModeNamesSpecialKeysAndKeepsSuffix)
 {
-    auto f = factoryFor();
+    auto f = keyboardNamed(kXTestKeyboard);
     f.testMode = true;
-    auto source = f.create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(f, sink.callback());
     ASSERT_TRUE(source);
     x->type({XK_F1, XK_Return});
     EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("'F1'\r")});
@@ -136,21 +124,21 @@ TEST_F(KeyboardReader, TestModeNamesSpecialKeysAndKeepsSuffix)
 TEST_F(KeyboardReader, GrabsInNormalModeOnly)
 {
     {
-        auto source = factoryFor().create(sink.callback());
+        auto source = InputDeviceKeyboardFactory().create(keyboardNamed(kXTestKeyboard), sink.callback());
         ASSERT_TRUE(source);
         EXPECT_FALSE(x->grabSucceeds(xtestId));
     }
     EXPECT_TRUE(x->grabSucceeds(xtestId));  // released on destruction
-    auto f = factoryFor();
+    auto f = keyboardNamed(kXTestKeyboard);
     f.testMode = true;
-    auto listener = f.create(sink.callback());
+    auto listener = InputDeviceKeyboardFactory().create(f, sink.callback());
     ASSERT_TRUE(listener);
     EXPECT_TRUE(x->grabSucceeds(xtestId));
 }
 
 TEST_F(KeyboardReader, KeysWhileAnotherProcessHasFocusAreIgnored)
 {
-    auto source = factoryFor().create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(keyboardNamed(kXTestKeyboard), sink.callback());
     ASSERT_TRUE(source);
     // A window whose owner, by _NET_WM_PID, is another process (our parent).
     XClient other;
@@ -169,7 +157,7 @@ TEST_F(KeyboardReader, FocusOnPointerRootIsNoFocusWindow)
 {
     XSetInputFocus(x->display(), PointerRoot, RevertToPointerRoot, CurrentTime);
     XSync(x->display(), False);
-    auto source = factoryFor().create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(keyboardNamed(kXTestKeyboard), sink.callback());
     ASSERT_TRUE(source);
     x->typeText("5\n");
     EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("5")});
@@ -181,7 +169,7 @@ TEST_F(KeyboardReader, TwoDevicesOfOneNameBindTheLastListed)
     x->addMaster("Twin");
     const auto ids = x->devicesNamed("Twin XTEST keyboard");
     ASSERT_EQ(ids.size(), 2u);
-    auto source = factoryFor(L"Twin XTEST keyboard").create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(keyboardNamed("Twin XTEST keyboard"), sink.callback());
     ASSERT_TRUE(source);
     EXPECT_EQ(static_cast<InputDeviceKeyboard&>(*source).boundDeviceId(), ids.back());
     x->typeOn(ids.front(), {XK_1, XK_Return});
@@ -193,22 +181,22 @@ TEST_F(KeyboardReader, TwoDevicesOfOneNameBindTheLastListed)
 
 TEST_F(KeyboardReader, UnknownNameOrNoServerFailsToOpen)
 {
-    EXPECT_FALSE(factoryFor(L"No such scanner").create(sink.callback()));
-    EXPECT_FALSE(factoryFor(L"").create(sink.callback()));
+    EXPECT_FALSE(InputDeviceKeyboardFactory().create(keyboardNamed("No such scanner"), sink.callback()));
+    EXPECT_FALSE(InputDeviceKeyboardFactory().create(keyboardNamed(""), sink.callback()));
     {
         DisplayOverride unset("");
-        EXPECT_FALSE(factoryFor().create(sink.callback()));
+        EXPECT_FALSE(InputDeviceKeyboardFactory().create(keyboardNamed(kXTestKeyboard), sink.callback()));
     }
     {
         DisplayOverride nowhere(":4071");
-        EXPECT_FALSE(factoryFor().create(sink.callback()));
+        EXPECT_FALSE(InputDeviceKeyboardFactory().create(keyboardNamed(kXTestKeyboard), sink.callback()));
     }
 }
 
 TEST_F(KeyboardReader, ReplugBindsAndGrabsTheNewDevice)
 {
     const int before = x->addMaster("Hotplug");
-    auto source = factoryFor(L"Hotplug XTEST keyboard").create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(keyboardNamed("Hotplug XTEST keyboard"), sink.callback());
     ASSERT_TRUE(source);
     auto& keyboard = static_cast<InputDeviceKeyboard&>(*source);
     EXPECT_EQ(keyboard.boundDeviceId(), before);
@@ -237,7 +225,7 @@ TEST(KeyboardReaderServerLoss, ServerGoingAwayLeavesTheProcessRunning)
 {
     XvfbServer server;
     CodeSink sink;
-    auto source = factoryFor().create(sink.callback());
+    auto source = InputDeviceKeyboardFactory().create(keyboardNamed(kXTestKeyboard), sink.callback());
     ASSERT_TRUE(source);
     {
         XClient x;

@@ -17,6 +17,7 @@
 #include "VirtualSerialPort.h"
 #include "input/InputDeviceComPort.h"
 #include "input/InputDeviceComPortFactory.h"
+#include "input/PortFamily.h"
 #include "TestUtil.h"
 #include "util/CharsetConversion.h"
 #include "util/SymbolCodecs.h"
@@ -26,21 +27,6 @@ using namespace std::chrono_literals;
 namespace {
 
 using Sink = CodeSink;
-
-std::wstring b64(const std::string& bytes)
-{
-    const std::string t = raw2Base64(bytes);
-    return std::wstring(t.begin(), t.end());
-}
-
-InputDeviceComPortFactory factoryFor(uint32_t port, std::wstring suffix = L"\r")
-{
-    InputDeviceComPortFactory f;
-    f.portNumber = port;
-    f.suffix = std::move(suffix);
-    f.comEncoding = L"UTF-8";
-    return f;
-}
 
 termios attributesOf(const std::string& path)
 {
@@ -55,12 +41,13 @@ termios attributesOf(const std::string& path)
 
 TEST(SerialPaths, PortNumbersMapToDeviceFamilies)
 {
-    EXPECT_EQ(InputDeviceComPort::devicePathFor(1), "/dev/ttyS0");
-    EXPECT_EQ(InputDeviceComPort::devicePathFor(64), "/dev/ttyS63");
-    EXPECT_EQ(InputDeviceComPort::devicePathFor(65), "/dev/ttyACM0");
-    EXPECT_EQ(InputDeviceComPort::devicePathFor(128), "/dev/ttyACM63");
-    EXPECT_EQ(InputDeviceComPort::devicePathFor(129), "/dev/ttyUSB0");
-    EXPECT_EQ(InputDeviceComPort::devicePathFor(130), "/dev/ttyUSB1");
+    EXPECT_EQ(portDevicePath(1), "/dev/ttyS0");
+    EXPECT_EQ(portDevicePath(64), "/dev/ttyS63");
+    EXPECT_EQ(portDevicePath(65), "/dev/ttyACM0");
+    EXPECT_EQ(portDevicePath(128), "/dev/ttyACM63");
+    EXPECT_EQ(portDevicePath(129), "/dev/ttyUSB0");
+    EXPECT_EQ(portDevicePath(130), "/dev/ttyUSB1");
+    EXPECT_EQ(portDevicePath(0), "");
 }
 
 TEST(SerialReader, OpensEachFamilyThroughItsPath)
@@ -68,7 +55,7 @@ TEST(SerialReader, OpensEachFamilyThroughItsPath)
     for (auto [name, port] : {std::pair<const char*, uint32_t>{"ttyS0", 1}, {"ttyACM0", 65}, {"ttyUSB0", 129}}) {
         VirtualSerialPort line(name);
         Sink sink;
-        auto source = factoryFor(port).create(sink.callback());
+        auto source = InputDeviceComPortFactory().create(serialPort(port), sink.callback());
         ASSERT_TRUE(source) << name;
         line.write("123\r");
         EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{L"MTIz"}) << name;
@@ -80,9 +67,9 @@ TEST(SerialReader, LineIsRawAtTheConfiguredSpeed)
 {
     VirtualSerialPort line("ttyS1");
     Sink sink;
-    auto f = factoryFor(2);
+    auto f = serialPort(2);
     f.speed = 14400;  // not a standard rate: falls back to 9600
-    auto source = f.create(sink.callback());
+    auto source = InputDeviceComPortFactory().create(f, sink.callback());
     ASSERT_TRUE(source);
     termios t = attributesOf(line.slavePath());
     EXPECT_EQ(cfgetispeed(&t), B9600);
@@ -92,7 +79,7 @@ TEST(SerialReader, LineIsRawAtTheConfiguredSpeed)
     source.reset();
 
     f.speed = 115200;
-    source = f.create(sink.callback());
+    source = InputDeviceComPortFactory().create(f, sink.callback());
     ASSERT_TRUE(source);
     t = attributesOf(line.slavePath());
     EXPECT_EQ(cfgetispeed(&t), B115200);
@@ -102,7 +89,7 @@ TEST(SerialReader, NoSuffixEndsCodeWhenLineGoesQuiet)
 {
     VirtualSerialPort line("ttyUSB0");
     Sink sink;
-    auto source = factoryFor(129, L"").create(sink.callback());
+    auto source = InputDeviceComPortFactory().create(serialPort(129, ""), sink.callback());
     ASSERT_TRUE(source);
     line.write("123");
     EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{L"MTIz"});
@@ -112,7 +99,7 @@ TEST(SerialReader, SuffixAloneGivesNothing)
 {
     VirtualSerialPort line("ttyUSB0");
     Sink sink;
-    auto source = factoryFor(129).create(sink.callback());
+    auto source = InputDeviceComPortFactory().create(serialPort(129), sink.callback());
     ASSERT_TRUE(source);
     line.write("\r");
     line.write("9\r");
@@ -125,7 +112,7 @@ TEST(SerialReader, TwoCharacterSuffixTrimsItsLeadingByte)
 {
     VirtualSerialPort line("ttyUSB0");
     Sink sink;
-    auto source = factoryFor(129, L"\n\r").create(sink.callback());
+    auto source = InputDeviceComPortFactory().create(serialPort(129, "\n\r"), sink.callback());
     ASSERT_TRUE(source);
     line.write("AB\n\r");
     line.write("CDX\r");
@@ -136,7 +123,7 @@ TEST(SerialReader, CodeShorterThanSuffixIsDroppedAndReaderGoesOn)
 {
     VirtualSerialPort line("ttyUSB0");
     Sink sink;
-    auto source = factoryFor(129, L"xy\r").create(sink.callback());
+    auto source = InputDeviceComPortFactory().create(serialPort(129, "xy\r"), sink.callback());
     ASSERT_TRUE(source);
     line.write("A\r");
     line.write("ABCxy\r");
@@ -147,7 +134,7 @@ TEST(SerialReader, GapLongerThanTimeoutDropsUnfinishedCode)
 {
     VirtualSerialPort line("ttyUSB0");
     Sink sink;
-    auto source = factoryFor(129).create(sink.callback());
+    auto source = InputDeviceComPortFactory().create(serialPort(129), sink.callback());
     ASSERT_TRUE(source);
     line.write("12");
     std::this_thread::sleep_for(200ms);
@@ -159,9 +146,9 @@ TEST(SerialReader, BytesOneMillisecondApartStayOneCode)
 {
     VirtualSerialPort line("ttyACM1");
     Sink sink;
-    auto f = factoryFor(66);
+    auto f = serialPort(66);
     f.comTimeout = 20;
-    auto source = f.create(sink.callback());
+    auto source = InputDeviceComPortFactory().create(f, sink.callback());
     ASSERT_TRUE(source);
     const std::string code = "0104600439931256215Wp&C\x1D" "91EE06\x1D" "92Y2ZmNjQ5YmItOTE0Zi00";
     for (char c : code + "\r") {
@@ -176,9 +163,9 @@ TEST(SerialReader, AnyEncodingNameStillDeliversBase64)
     for (const wchar_t* encoding : {L"", L"KOI8-R", L"Windows-1251", L"UTF-8"}) {
         VirtualSerialPort line("ttyUSB0");
         Sink sink;
-        auto f = factoryFor(129);
+        auto f = serialPort(129);
         f.comEncoding = encoding;
-        auto source = f.create(sink.callback());
+        auto source = InputDeviceComPortFactory().create(f, sink.callback());
         ASSERT_TRUE(source);
         line.write("\xCF\xF0\xE8\r");  // Windows-1251 letters pass as raw bytes
         EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("\xCF\xF0\xE8")});
@@ -188,11 +175,11 @@ TEST(SerialReader, AnyEncodingNameStillDeliversBase64)
 TEST(SerialReader, OpenFailsWithoutATerminal)
 {
     Sink sink;
-    EXPECT_FALSE(factoryFor(129 + 7).create(sink.callback()));  // no node at all
+    EXPECT_FALSE(InputDeviceComPortFactory().create(serialPort(129 + 7), sink.callback()));  // no node at all
     linkDevice("ttyS20", "/dev/null");
-    EXPECT_FALSE(factoryFor(21).create(sink.callback()));
+    EXPECT_FALSE(InputDeviceComPortFactory().create(serialPort(21), sink.callback()));
     linkDevice("ttyS21", "/dev/pts");
-    EXPECT_FALSE(factoryFor(22).create(sink.callback()));
+    EXPECT_FALSE(InputDeviceComPortFactory().create(serialPort(22), sink.callback()));
     unlinkDevice("ttyS20");
     unlinkDevice("ttyS21");
 }
@@ -200,8 +187,8 @@ TEST(SerialReader, OpenFailsWithoutATerminal)
 TEST(SerialReader, SourceThatNeverStartedDestroysAtOnce)
 {
     Sink sink;
-    auto source = std::make_unique<InputDeviceComPort>(sink.callback());
-    EXPECT_FALSE(source->start(factoryFor(129 + 9)));
+    auto source = std::make_unique<InputDeviceComPort>(sink.callback(), serialPort(129 + 9));
+    EXPECT_FALSE(source->start());
     source.reset();
 }
 
@@ -211,7 +198,7 @@ TEST(SerialReader, ThrowingConsumerDoesNotEndTheReader)
     Sink sink;
     int calls = 0;
     DataCallback inner = sink.callback();
-    auto source = factoryFor(129).create([&](const std::wstring& t) {
+    auto source = InputDeviceComPortFactory().create(serialPort(129), [&](const std::wstring& t) {
         if (calls++ == 0)
             throw std::runtime_error("consumer failed");
         inner(t);
@@ -229,9 +216,9 @@ TEST(SerialReader, AgreesWithModelOverRandomStreamsAndPauses)
     const char alphabet[] = {'1', 'A', '\r', '\n', '\x1D', 'x'};
     for (const std::wstring& suffix : {std::wstring(L"\r"), std::wstring(L"\n\r"), std::wstring()}) {
         Sink sink;
-        auto f = factoryFor(129, suffix);
+        auto f = serialPort(129, wstr2str(suffix));
         f.comTimeout = 40;
-        auto source = f.create(sink.callback());
+        auto source = InputDeviceComPortFactory().create(f, sink.callback());
         ASSERT_TRUE(source);
         std::vector<std::string> bursts(12);
         for (auto& burst : bursts) {
@@ -257,7 +244,7 @@ TEST(SerialReader, UnpluggedLineIsReopenedWithoutSpinning)
 {
     VirtualSerialPort line("ttyUSB1");
     Sink sink;
-    auto source = factoryFor(130).create(sink.callback());
+    auto source = InputDeviceComPortFactory().create(serialPort(130), sink.callback());
     ASSERT_TRUE(source);
     line.write("1\r");
     ASSERT_EQ(sink.waitFor(1).size(), 1u);

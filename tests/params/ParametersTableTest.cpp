@@ -11,7 +11,7 @@
 #include "TestHost.h"
 #include "TestUtil.h"
 #include "XvfbServer.h"
-#include "params/DeviceNodes.h"
+#include "input/DeviceNodes.h"
 #include "params/LinuxParametersTableBuilder.h"
 #include "util/CharsetConversion.h"
 

@@ -10,7 +10,8 @@
 #include "TestHost.h"
 #include "TestUtil.h"
 #include "VirtualSerialPort.h"
-#include "addin/StringConversion.h"
+#include "abi/StringConversion.h"
+#include "addin/EventNames.h"
 #include "performer/AppSettings.h"
 
 using namespace std::chrono_literals;
@@ -19,15 +20,15 @@ namespace {
 
 struct Input {
     std::wstring id;
-    int equipment;
-    int output;
+    EquipmentCode equipment;
+    OutputDataType output;
     std::wstring data;
 };
 
 class PerformerTest : public ::testing::Test {
 protected:
     PerformerTest()
-        : performer(nullptr, [this](const std::wstring& id, int eq, int out, const std::wstring& data) {
+        : performer([this](const std::wstring& id, EquipmentCode eq, OutputDataType out, const std::wstring& data) {
               std::lock_guard<std::mutex> g(lock);
               inputs.push_back({id, eq, out, data});
               arrived.notify_all();
@@ -51,6 +52,11 @@ protected:
         v.wstrLen = static_cast<uint32_t>(s.size());
         return v;
     }
+    // The name a text event of the next device would carry.
+    std::wstring eventName() const
+    {
+        return eventNameFor(AppSettings::locale(), performer.deviceSettings().equipmentCode, OutputDataType::Text);
+    }
     std::vector<Input> waitFor(size_t n)
     {
         std::unique_lock<std::mutex> g(lock);
@@ -69,88 +75,89 @@ protected:
 
 TEST_F(PerformerTest, InitialValues)
 {
-    EXPECT_EQ(performer.comPort().portNumber, 1u);
-    EXPECT_EQ(performer.comPort().speed, 9600u);
-    EXPECT_EQ(performer.comPort().dataBits, 8u);
-    EXPECT_EQ(performer.comPort().stopBits, 0u);
-    EXPECT_EQ(performer.comPort().suffix, L"\r");
-    EXPECT_EQ(performer.comPort().comTimeout, 5);
-    EXPECT_EQ(performer.comPort().comEncoding, L"UTF-8");
-    EXPECT_EQ(performer.keyboard().portNumber, 0);
-    EXPECT_EQ(performer.keyboard().suffix, L"");
-    EXPECT_EQ(performer.keyboard().prefix, L"");
-    EXPECT_EQ(performer.keyboard().keyboardTimeout, 75);
-    EXPECT_EQ(performer.keyboard().gsKey, -1);
-    EXPECT_FALSE(performer.keyboard().testMode);
-    EXPECT_TRUE(performer.keyboard().ignoreKeyboardState);
-    EXPECT_EQ(performer.deviceSettings().equipmentCode, 16u);
-    EXPECT_EQ(performer.deviceSettings().outputDataType, 0u);
+    EXPECT_EQ(performer.nextDevice().port, 1u);
+    EXPECT_EQ(performer.nextDevice().speed, 9600u);
+    EXPECT_EQ(performer.nextDevice().dataBits, 8u);
+    EXPECT_EQ(performer.nextDevice().stopBits, 0u);
+    EXPECT_EQ(performer.nextDevice().suffix, "\r");
+    EXPECT_EQ(performer.nextDevice().comTimeout, 5);
+    EXPECT_EQ(performer.nextDevice().comEncoding, L"UTF-8");
+    EXPECT_EQ(performer.nextDevice().prefix, L"");
+    EXPECT_EQ(performer.nextDevice().keyboardTimeout, 75);
+    EXPECT_EQ(performer.nextDevice().gsKey, -1);
+    EXPECT_FALSE(performer.nextDevice().testMode);
+    EXPECT_TRUE(performer.nextDevice().ignoreKeyboardState);
+    EXPECT_EQ(performer.deviceSettings().equipmentCode, EquipmentCode::BarcodeScanner);
+    EXPECT_EQ(performer.deviceSettings().outputDataType, OutputDataType::Text);
     EXPECT_EQ(performer.deviceSettings().setters.size(), 15u);
 }
 
 TEST_F(PerformerTest, PrefixAndSuffixAreCharacterCodes)
 {
     EXPECT_TRUE(set(L"Prefix", intVar(-1)));
-    EXPECT_EQ(performer.keyboard().prefix, L"");
+    EXPECT_EQ(performer.nextDevice().prefix, L"");
     EXPECT_TRUE(set(L"Prefix", intVar(2)));
-    EXPECT_EQ(performer.keyboard().prefix, std::wstring(1, L'\x02'));
+    EXPECT_EQ(performer.nextDevice().prefix, std::wstring(1, L'\x02'));
     EXPECT_TRUE(set(L"Prefix", intVar(0)));
-    EXPECT_EQ(performer.keyboard().prefix, std::wstring(1, L'\0'));
+    EXPECT_EQ(performer.nextDevice().prefix, std::wstring(1, L'\0'));
     EXPECT_TRUE(set(L"Suffix", intVar(10)));
-    EXPECT_EQ(performer.keyboard().suffix, L"\n");
-    EXPECT_EQ(performer.comPort().suffix, L"\n");
+    EXPECT_EQ(performer.nextDevice().suffix, "\n");
     EXPECT_TRUE(set(L"Suffix", intVar(-1)));
-    EXPECT_EQ(performer.comPort().suffix, L"");
+    EXPECT_EQ(performer.nextDevice().suffix, "");
 }
 
 TEST_F(PerformerTest, EquipmentType)
 {
     EXPECT_TRUE(set(L"EquipmentType", intVar(32)));  // rejected, still reported as success
-    EXPECT_EQ(performer.deviceSettings().equipmentCode, 16u);
+    EXPECT_EQ(performer.deviceSettings().equipmentCode, EquipmentCode::BarcodeScanner);
     AppSettings::setLocale(1);
     EXPECT_TRUE(set(L"EquipmentType", text(L"СчитывательМагнитныхКарт")));
-    EXPECT_EQ(performer.eventName(), L"TrackData");
-    EXPECT_EQ(performer.deviceSettings().equipmentCode, 32u);
+    EXPECT_EQ(eventName(), L"TrackData");
+    EXPECT_EQ(performer.deviceSettings().equipmentCode, EquipmentCode::CardReader);
     EXPECT_TRUE(set(L"EquipmentType", text(L"")));
     EXPECT_TRUE(set(L"EquipmentType", text(L"Принтер")));
-    EXPECT_EQ(performer.deviceSettings().equipmentCode, 32u);
-    EXPECT_EQ(performer.eventName(), L"TrackData");
+    EXPECT_EQ(performer.deviceSettings().equipmentCode, EquipmentCode::CardReader);
+    EXPECT_EQ(eventName(), L"TrackData");
     AppSettings::setLocale(0);
     EXPECT_TRUE(set(L"EquipmentType", text(L"УстройствоВвода")));
-    EXPECT_EQ(performer.eventName(), L"Штрихкод");
-    EXPECT_EQ(performer.deviceSettings().equipmentCode, 16u);
+    EXPECT_EQ(eventName(), L"Штрихкод");
+    EXPECT_EQ(performer.deviceSettings().equipmentCode, EquipmentCode::BarcodeScanner);
 }
 
 TEST_F(PerformerTest, TypeChecksOfSetters)
 {
     EXPECT_TRUE(set(L"IgnoreKeyboardState", intVar(1)));
-    EXPECT_TRUE(performer.keyboard().ignoreKeyboardState);
+    EXPECT_TRUE(performer.nextDevice().ignoreKeyboardState);
     EXPECT_TRUE(set(L"IgnoreKeyboardState", boolVar(false)));
-    EXPECT_FALSE(performer.keyboard().ignoreKeyboardState);
+    EXPECT_FALSE(performer.nextDevice().ignoreKeyboardState);
     EXPECT_TRUE(set(L"LogFileFolder", text(L"/var/log")));
     EXPECT_TRUE(set(L"LogFileFolder", intVar(3)));
     EXPECT_FALSE(set(L"port", intVar(1)));
     EXPECT_TRUE(set(L"Speed", text(L"115200")));
-    EXPECT_EQ(performer.comPort().speed, 9600u);
+    EXPECT_EQ(performer.nextDevice().speed, 9600u);
     EXPECT_TRUE(set(L"Speed", intVar(14400)));
-    EXPECT_EQ(performer.comPort().speed, 14400u);
+    EXPECT_EQ(performer.nextDevice().speed, 14400u);
     EXPECT_TRUE(set(L"KeyboardDevice", intVar(5)));  // not a string: not read as one
-    EXPECT_EQ(performer.keyboard().keyboardDevice, L"");
+    EXPECT_EQ(performer.nextDevice().keyboardDevice, "");
     EXPECT_TRUE(set(L"KeyboardDevice", text(L"Honeywell Scanner")));
-    EXPECT_EQ(performer.keyboard().keyboardDevice, L"Honeywell Scanner");
+    EXPECT_EQ(performer.nextDevice().keyboardDevice, "Honeywell Scanner");
+    EXPECT_TRUE(set(L"KeyboardDevice", tVariant{}));  // nothing: the empty name
+    EXPECT_EQ(performer.nextDevice().keyboardDevice, "");
+    EXPECT_TRUE(set(L"KeyboardDevice", text(L"Honeywell Imaging & Mobility <1900>")));
+    EXPECT_EQ(performer.nextDevice().keyboardDevice, "Honeywell Imaging   Mobility  1900 ");
     tVariant nullText = text(L"");
     nullText.pwstrVal = nullptr;
     nullText.wstrLen = 1000;
     EXPECT_TRUE(set(L"COMEncoding", nullText));
-    EXPECT_EQ(performer.comPort().comEncoding, L"");
+    EXPECT_EQ(performer.nextDevice().comEncoding, L"");
     EXPECT_TRUE(set(L"Port", intVar(0)));
-    EXPECT_EQ(performer.comPort().portNumber, 0u);
+    EXPECT_EQ(performer.nextDevice().port, 0u);
     EXPECT_TRUE(set(L"TimeoutCOM", intVar(-3)));
-    EXPECT_EQ(performer.comPort().comTimeout, -3);
+    EXPECT_EQ(performer.nextDevice().comTimeout, -3);
     EXPECT_TRUE(set(L"GSSymbolKey", intVar(7)));
-    EXPECT_EQ(performer.keyboard().gsKey, 7);
+    EXPECT_EQ(performer.nextDevice().gsKey, 7);
     EXPECT_TRUE(set(L"OutputDataType", intVar(9)));
-    EXPECT_EQ(performer.deviceSettings().outputDataType, 9u);
+    EXPECT_EQ(performer.deviceSettings().outputDataType, OutputDataType(9));
     EXPECT_EQ(performer.SetParameter(nullptr, intVar(1)).bVal, false);
 }
 
@@ -216,9 +223,9 @@ TEST_F(PerformerTest, OpenDeviceKeepsOutputTypeItWasOpenedWith)
     const auto got = waitFor(2);
     ASSERT_EQ(got.size(), 2u);
     EXPECT_EQ(got[0].id, L"A");
-    EXPECT_EQ(got[0].output, 2);
-    EXPECT_EQ(got[0].equipment, 32);
+    EXPECT_EQ(got[0].output, OutputDataType::Base64);
+    EXPECT_EQ(got[0].equipment, EquipmentCode::CardReader);
     EXPECT_EQ(got[1].id, L"B");
-    EXPECT_EQ(got[1].output, 0);
-    EXPECT_EQ(got[1].equipment, 16);
+    EXPECT_EQ(got[1].output, OutputDataType::Text);
+    EXPECT_EQ(got[1].equipment, EquipmentCode::BarcodeScanner);
 }

@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "addin/AddInDefBase.h"
-#include "addin/ComponentBase.h"
-#include "addin/IMemoryManager.h"
+#include "abi/AddInDefBase.h"
+#include "abi/ComponentBase.h"
+#include "abi/IMemoryManager.h"
 
 struct HostEvent {
     std::wstring source;

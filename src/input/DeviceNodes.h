@@ -9,6 +9,11 @@
 // "PREFIX*"` prints them: recursive, symbolic links listed but not followed.
 std::vector<std::string> findDeviceNodes(const std::string& prefix, const std::string& root = "/dev/");
 
+// A device's name as settings store it and readers compare it: markup and
+// non-ASCII bytes blanked (the settings form cannot carry them), so the name
+// the form offered always finds its device again.
+std::string normalisedDeviceName(std::string name);
+
 // Names of the X input devices of the keyboard type on the default display, in
 // the server's order; empty when no display can be reached.
 std::vector<std::string> listKeyboardDeviceNames();

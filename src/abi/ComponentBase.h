@@ -1,7 +1,7 @@
 #pragma once
 // The interfaces the host drives a component through. The host holds one
 // pointer per base, so the slot order of each is fixed by the host.
-#include "addin/Types.h"
+#include "abi/Types.h"
 
 class IInitDoneBase {
 public:

@@ -1,4 +1,4 @@
-#include "params/DeviceNodes.h"
+#include "input/DeviceNodes.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+
+#include "util/SymbolCodecs.h"
 
 namespace {
 
@@ -54,6 +56,12 @@ std::vector<std::string> findDeviceNodes(const std::string& prefix, const std::s
     if (fd >= 0)
         walk(fd, root.back() == '/' ? root : root + "/", prefix, found);
     return found;
+}
+
+std::string normalisedDeviceName(std::string name)
+{
+    TrimXMLIllegalChars(name);
+    return name;
 }
 
 std::vector<std::string> listKeyboardDeviceNames()

@@ -4,8 +4,8 @@
 // converted one by one (cut to 16 bits on the way out, zero-extended on the way in).
 #include <string>
 
-#include "addin/IMemoryManager.h"
-#include "addin/Types.h"
+#include "abi/IMemoryManager.h"
+#include "abi/Types.h"
 
 unsigned int getLenShortWcharStr(const unsigned short* s);
 

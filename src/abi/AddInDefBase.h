@@ -1,5 +1,5 @@
 #pragma once
-#include "addin/Types.h"
+#include "abi/Types.h"
 
 // The host's connection object. The driver calls only SetEventQueueDepth and
 // PostExternalEvent, but every slot must be declared so those two land at the

@@ -1,4 +1,4 @@
-#include "addin/StringConversion.h"
+#include "abi/StringConversion.h"
 
 #include <cmath>
 #include <cstring>

@@ -1,0 +1,23 @@
+#pragma once
+// Libraries that only one feature needs (the toolkit, the X client libraries)
+// are opened when that feature is first used, so that loading the add-in never
+// requires them. A user lists its functions once as `X(ret, name, (args))`,
+// declares its table with RAVLIN_DECLARE_FUNCTION and fills it with
+// RAVLIN_RESOLVE_FUNCTION: a table with any symbol missing is not used at all.
+#include <dlfcn.h>
+
+#include <initializer_list>
+
+#define RAVLIN_DECLARE_FUNCTION(ret, name, args) ret(*name) args = nullptr;
+#define RAVLIN_RESOLVE_FUNCTION(ret, name, args) complete = resolveFunction(handles, #name, name) && complete;
+
+// Looks the symbol up in each library in turn.
+template <class Function>
+bool resolveFunction(std::initializer_list<void*> handles, const char* name, Function*& slot)
+{
+    slot = nullptr;
+    for (void* handle : handles)
+        if (handle && (slot = reinterpret_cast<Function*>(dlsym(handle, name))))
+            return true;
+    return false;
+}
