@@ -1,4 +1,5 @@
 // The component driven through its exported functions, as the platform does.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include "ElfInfo.h"
@@ -48,6 +49,11 @@ TEST_F(ComponentTest, ClassNamesAndCreation)
 {
     EXPECT_EQ(host.classNames(), L"InputDevice|CardReaderDevice");
     EXPECT_EQ(host.getClassNames(), host.getClassNames());
+    // The text lives in the library's own image, not on the heap: a host that
+    // loads and unloads the library again and again leaks nothing.
+    Dl_info where{};
+    ASSERT_NE(dladdr(host.getClassNames(), &where), 0);
+    EXPECT_STREQ(where.dli_fname, RAVLIN_LIBRARY_PATH);
     EXPECT_EQ(host.setPlatformCapabilities(12345), 1);
 
     const auto unknown = toShort(L"Scanner");

@@ -221,6 +221,24 @@ TEST_F(KeyboardReader, ReplugBindsAndGrabsTheNewDevice)
     x->removeMasters("Hotplug");
 }
 
+TEST_F(KeyboardReader, NewcomerOfTheSameNameDoesNotTakeTheGrab)
+{
+    const int first = x->addMaster("Pair");
+    auto source = InputDeviceKeyboardFactory().create(keyboardNamed("Pair XTEST keyboard"), sink.callback());
+    ASSERT_TRUE(source);
+    auto& keyboard = static_cast<InputDeviceKeyboard&>(*source);
+    ASSERT_EQ(keyboard.boundDeviceId(), first);
+
+    const int second = x->addMaster("Pair");
+    x->typeOn(first, {XK_1, XK_Return});  // handled after the hierarchy change
+    ASSERT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("1")});
+    EXPECT_EQ(keyboard.boundDeviceId(), first);
+    EXPECT_FALSE(x->grabSucceeds(first));
+    EXPECT_TRUE(x->grabSucceeds(second));
+    source.reset();
+    x->removeMasters("Pair");
+}
+
 TEST(KeyboardReaderServerLoss, ServerGoingAwayLeavesTheProcessRunning)
 {
     XvfbServer server;

@@ -85,6 +85,31 @@ TEST(SerialReader, LineIsRawAtTheConfiguredSpeed)
     EXPECT_EQ(cfgetispeed(&t), B115200);
 }
 
+TEST(SerialReader, LineKeepsItsCharacterSizeParityAndStopBits)
+{
+    VirtualSerialPort line("ttyS1");
+    {
+        const int fd = open(line.slavePath().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+        termios t{};
+        ASSERT_EQ(tcgetattr(fd, &t), 0);
+        t.c_cflag = (t.c_cflag & ~CSIZE) | CS7 | PARENB | PARODD | CSTOPB;
+        t.c_iflag |= ISTRIP;
+        ASSERT_EQ(tcsetattr(fd, TCSANOW, &t), 0);
+        close(fd);
+    }
+    CodeSink sink;
+    auto source = InputDeviceComPortFactory().create(serialPort(2), sink.callback());
+    ASSERT_TRUE(source);
+    // A pseudo-terminal always runs 8 bits without parity whatever it is told,
+    // so character size and parity enable cannot be seen here; the stop bits,
+    // the parity sense and the stripping of the eighth bit can.
+    const termios t = attributesOf(line.slavePath());
+    EXPECT_EQ(t.c_cflag & (PARODD | CSTOPB), static_cast<tcflag_t>(PARODD | CSTOPB));
+    EXPECT_EQ(t.c_iflag & ISTRIP, static_cast<tcflag_t>(ISTRIP));
+    EXPECT_EQ(t.c_lflag & (ICANON | ECHO | ISIG), 0u);
+    EXPECT_EQ(t.c_oflag & OPOST, 0u);
+}
+
 TEST(SerialReader, NoSuffixEndsCodeWhenLineGoesQuiet)
 {
     VirtualSerialPort line("ttyUSB0");
