@@ -76,12 +76,12 @@ int main(int argc, char** argv)
         std::this_thread::sleep_for(50us);
         const auto sent = Clock::now();
         line.write("4601234567890\r");
-        const HostEvent event = host.connection.waitForEvent(static_cast<size_t>(i) + 1, 2s);
-        if (event.thread == 0) {
+        const auto event = host.connection.waitForEvent(static_cast<size_t>(i) + 1, 2s);
+        if (!event) {
             std::fprintf(stderr, "scan %d never arrived\n", i);
             return 1;
         }
-        scanLatency.push_back(microseconds(event.at - sent));
+        scanLatency.push_back(microseconds(event->at - sent));
     }
     c.close(id);
     const std::vector<double> floor = bareReadLatencies(scans);

@@ -6,6 +6,7 @@
 #include "abi/StringConversion.h"
 #include "performer/AppSettings.h"
 #include "performer/RavlinPerformerLinux.h"
+#include "util/TextUtil.h"
 #include "util/SymbolCodecs.h"
 
 namespace {

@@ -5,6 +5,7 @@
 #include "input/DeviceNodes.h"
 #include "input/LineSpeeds.h"
 #include "input/PortFamily.h"
+#include "util/TextUtil.h"
 #include "util/CharsetConversion.h"
 #include "util/Logger.h"
 #include "util/SymbolCodecs.h"

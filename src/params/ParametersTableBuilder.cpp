@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "input/NonPrintableKeys.h"
+#include "util/TextUtil.h"
 #include "util/Logger.h"
 #include "util/SymbolCodecs.h"
 

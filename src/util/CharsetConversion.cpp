@@ -79,13 +79,9 @@ std::string wstr2str(const std::wstring& text)
     return boost::locale::conv::utf_to_utf<char>(text, boost::locale::conv::skip);
 }
 
-std::string wstrtostr(const std::wstring& text) { return wstr2str(text); }
-std::string wba2ba(const std::wstring& text) { return wstr2str(text); }
 
 std::wstring str2wstr(const std::string& text)
 {
     return boost::locale::conv::utf_to_utf<wchar_t>(text, boost::locale::conv::skip);
 }
 
-std::wstring strtowstr(const std::string& text) { return str2wstr(text); }
-std::wstring ba2wba(const std::string& text) { return str2wstr(text); }

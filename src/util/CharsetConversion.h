@@ -11,8 +11,4 @@ bool IsUTF8String(const char* text);
 bool NotASCII(char c);
 
 std::string wstr2str(const std::wstring& text);
-std::string wstrtostr(const std::wstring& text);
-std::string wba2ba(const std::wstring& text);
 std::wstring str2wstr(const std::string& text);
-std::wstring strtowstr(const std::string& text);
-std::wstring ba2wba(const std::string& text);

@@ -35,17 +35,3 @@ std::string getLogFileName()
          << stamp.c_str() << ".txt";
     return name.str();
 }
-
-std::string int_to_str(int value)
-{
-    std::ostringstream s;
-    s << value;
-    return s.str();
-}
-
-std::wstring int_to_wstr(int value)
-{
-    std::wostringstream s;
-    s << value;
-    return s.str();
-}

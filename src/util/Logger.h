@@ -20,6 +20,3 @@ void log(std::string message);
 std::string getLogFileName();
 // Always 256 characters long (the text, then NULs), or empty when nothing formatted.
 std::string getCurrentTimeString(const std::string& format);
-
-std::string int_to_str(int value);
-std::wstring int_to_wstr(int value);

@@ -1,6 +1,5 @@
 #include "util/SymbolCodecs.h"
 
-#include <boost/algorithm/string/case_conv.hpp>
 #include <cctype>
 #include <cstdio>
 #include <cwchar>
@@ -28,33 +27,6 @@ int base64Value(unsigned char c)
     if (c == '+') return 62;
     if (c == '/') return 63;
     return -1;
-}
-
-template <class S>
-void trimInPlace(S& text, bool (*isSpace)(typename S::value_type))
-{
-    size_t end = text.size();
-    while (end > 0 && isSpace(text[end - 1]))
-        --end;
-    size_t begin = 0;
-    while (begin < end && isSpace(text[begin]))
-        ++begin;
-    text = text.substr(begin, end - begin);
-}
-
-bool isSpaceChar(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-bool isSpaceWide(wchar_t c) { return std::iswspace(static_cast<wint_t>(c)) != 0; }
-
-template <class S>
-S replaceAll(const S& text, const S& from, const S& to)
-{
-    if (text.empty() || from.empty())
-        return text;
-    S out;
-    size_t pos = 0;
-    for (size_t hit; (hit = text.find(from, pos)) != S::npos; pos = hit + from.size())
-        out.append(text, pos, hit - pos).append(to);
-    return out.append(text, pos, S::npos);
 }
 
 }  // namespace
@@ -274,33 +246,3 @@ std::wstring decodeForOutput(const std::wstring& base64, OutputDataType outputDa
         return raw2HRS(base642Raw(base64));
     return base642Raw(base64);
 }
-
-void trim(std::string& text) { trimInPlace(text, isSpaceChar); }
-void trim(std::wstring& text) { trimInPlace(text, isSpaceWide); }
-
-std::string trimed(const std::string& text)
-{
-    std::string copy = text;
-    trim(copy);
-    return copy;
-}
-
-std::wstring trimed(const std::wstring& text)
-{
-    std::wstring copy = text;
-    trim(copy);
-    return copy;
-}
-
-std::string replace(const std::string& text, const std::string& from, const std::string& to)
-{
-    return replaceAll(text, from, to);
-}
-
-std::wstring replace(const std::wstring& text, const std::wstring& from, const std::wstring& to)
-{
-    return replaceAll(text, from, to);
-}
-
-std::string str_tolower(const std::string& text) { return boost::algorithm::to_lower_copy(text); }
-std::wstring str_tolower(const std::wstring& text) { return boost::algorithm::to_lower_copy(text); }

@@ -1,6 +1,6 @@
 #pragma once
 // Names and display forms of symbols, the human-readable rendering of raw bytes
-// (HRS) and its parser, Base64, the XML blanking filter and small string helpers.
+// (HRS) and its parser, Base64 and the XML blanking filter.
 #include <string>
 
 #include "abi/DeviceCodes.h"
@@ -33,14 +33,3 @@ std::wstring base642Raw(const std::wstring& text);
 // A code (Base64 from a reader) in the form an output data type asks for: the
 // Base64 as is, the human-readable rendering, or (for any other number) the text.
 std::wstring decodeForOutput(const std::wstring& base64, OutputDataType outputDataType);
-
-void trim(std::string& text);
-void trim(std::wstring& text);
-std::string trimed(const std::string& text);
-std::wstring trimed(const std::wstring& text);
-
-std::string replace(const std::string& text, const std::string& from, const std::string& to);
-std::wstring replace(const std::wstring& text, const std::wstring& from, const std::wstring& to);
-
-std::string str_tolower(const std::string& text);
-std::wstring str_tolower(const std::wstring& text);

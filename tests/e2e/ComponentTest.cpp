@@ -3,29 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "ElfInfo.h"
+#include "ComponentFixture.h"
 #include "TestHost.h"
 #include "VirtualSerialPort.h"
 
 namespace {
 
-class ComponentTest : public ::testing::Test {
-protected:
-    void TearDown() override
-    {
-        for (IComponentBase*& o : created)
-            host.destroy(o);
-        EXPECT_EQ(host.memory.liveBlocks(), 0u) << "a string handed to the host was left behind";
-        EXPECT_EQ(host.connection.otherSlotCalls(), 0);
-    }
-    Component make(const std::wstring& cls = L"InputDevice")
-    {
-        Component c = host.create(cls);
-        created.push_back(c.object());
-        return c;
-    }
-    TestHost host;
-    std::vector<IComponentBase*> created;
-};
+using ComponentTest = ComponentFixture;
 
 const wchar_t* const kEnglish[] = {L"GetVersion", L"GetDescription", L"GetLastError", L"GetParameters",
                                    L"SetParameter", L"Open", L"Close", L"DeviceTest",

@@ -9,6 +9,7 @@
 
 #include "ChildProcess.h"
 #include "PrivateDev.h"
+#include "ComponentFixture.h"
 #include "TestHost.h"
 #include "TestUtil.h"
 #include "VirtualSerialPort.h"
@@ -27,25 +28,7 @@ long residentMegabytes()
     return resident * sysconf(_SC_PAGESIZE) / (1024 * 1024);
 }
 
-class Faults : public ::testing::Test {
-protected:
-    void TearDown() override
-    {
-        for (IComponentBase*& o : created)
-            if (o)
-                host.destroy(o);
-        EXPECT_EQ(host.memory.liveBlocks(), 0u);
-    }
-    Component make(int port)
-    {
-        Component c = host.create(L"InputDevice");
-        created.push_back(c.object());
-        EXPECT_TRUE(c.setParameter(L"Port", intVar(port)));
-        return c;
-    }
-    TestHost host;
-    std::vector<IComponentBase*> created;
-};
+using Faults = ComponentFixture;
 
 // Writes codes on a line as fast as it takes them until stopped.
 class Streamer {
@@ -78,7 +61,7 @@ TEST_F(Faults, CloseAndDestroyWhileEventsAreDelivered)
     const size_t threads = threadCount();
     Streamer streamer(line, "4006381333931\r");
     for (int round = 0; round < 50; ++round) {
-        Component c = make(129);
+        Component c = makeOnPort(129);
         const std::wstring id = c.open();
         ASSERT_FALSE(id.empty());
         host.connection.waitForEvent(host.connection.events().size() + 1, 2s);
@@ -101,28 +84,29 @@ TEST_F(Faults, CloseAndDestroyWhileEventsAreDelivered)
 TEST_F(Faults, MegabyteCodeWithoutSuffix)
 {
     VirtualSerialPort line("ttyUSB0");
-    Component c = make(129);
+    Component c = makeOnPort(129);
     ASSERT_TRUE(c.setParameter(L"Suffix", intVar(-1)));
     ASSERT_TRUE(c.setParameter(L"TimeoutCOM", intVar(300)));
     ASSERT_FALSE(c.open().empty());
     const std::string code(1000000, '7');
     line.write(code);
-    const HostEvent e = host.connection.waitForEvent(1, 30s);
-    EXPECT_EQ(e.data.size(), code.size());
-    EXPECT_EQ(e.data.find_first_not_of(L'7'), std::wstring::npos);
+    const auto e = host.connection.waitForEvent(1, 30s);
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->data.size(), code.size());
+    EXPECT_EQ(e->data.find_first_not_of(L'7'), std::wstring::npos);
     std::this_thread::sleep_for(400ms);
     line.write("12");
-    EXPECT_EQ(host.connection.waitForEvent(2).data, L"12");
+    EXPECT_THAT(host.connection.waitForEvent(2), EventData(L"12"));
 }
 
 TEST_F(Faults, MegabyteWithoutTheSuffixIsDroppedAndFramingRecovers)
 {
     VirtualSerialPort line("ttyUSB0");
-    Component c = make(129);
+    Component c = makeOnPort(129);
     ASSERT_FALSE(c.open().empty());
     line.write(std::string(2 * 1024 * 1024, '7'));
     line.write("\r12\r");
-    EXPECT_EQ(host.connection.waitForEvent(1, 30s).data, L"12");
+    EXPECT_THAT(host.connection.waitForEvent(1, 30s), EventData(L"12"));
     std::this_thread::sleep_for(100ms);
     EXPECT_EQ(host.connection.events().size(), 1u);
 }
@@ -130,7 +114,7 @@ TEST_F(Faults, MegabyteWithoutTheSuffixIsDroppedAndFramingRecovers)
 TEST_F(Faults, FloodForTenSecondsStaysBoundedAndClosesPromptly)
 {
     VirtualSerialPort line("ttyUSB0");
-    Component c = make(129);
+    Component c = makeOnPort(129);
     const std::wstring id = c.open();
     ASSERT_FALSE(id.empty());
     const long before = residentMegabytes();
@@ -145,13 +129,13 @@ TEST_F(Faults, FloodForTenSecondsStaysBoundedAndClosesPromptly)
     // Far below what ten seconds of a flooding line would pile up unbounded.
     EXPECT_LT(peak - before, 400) << "resident memory grew from " << before << " MB to " << peak << " MB";
     line.write("\rok\r");
-    EXPECT_EQ(host.connection.waitForEvent(1, 10s).data, L"ok");
+    EXPECT_THAT(host.connection.waitForEvent(1, 10s), EventData(L"ok"));
     EXPECT_TRUE(c.close(id));
 }
 
 TEST_F(Faults, OpenOfThingsThatAreNoSerialLine)
 {
-    Component c = make(129 + 20);
+    Component c = makeOnPort(129 + 20);
     EXPECT_EQ(c.open(), L"");  // no node
     linkDevice("ttyUSB21", "/dev/null");
     linkDevice("ttyUSB22", "/dev/pts");
@@ -180,14 +164,14 @@ TEST_F(Faults, OpenOfANodeWithoutReadPermission)
 TEST_F(Faults, XServerGoingAwayUnderAnOpenKeyboardSource)
 {
     auto server = std::make_unique<XvfbServer>();
-    Component c = make(0);
+    Component c = makeOnPort(0);
     ASSERT_TRUE(c.setParameter(L"KeyboardDevice", c.str(L"Virtual core XTEST keyboard")));
     const std::wstring id = c.open();
     ASSERT_FALSE(id.empty());
     {
         XClient x;
         x.typeText("1\n");
-        EXPECT_EQ(host.connection.waitForEvent(1).data, L"1");
+        EXPECT_THAT(host.connection.waitForEvent(1), EventData(L"1"));
     }
     server->kill();
     std::this_thread::sleep_for(300ms);

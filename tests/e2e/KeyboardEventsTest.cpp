@@ -21,17 +21,18 @@ TEST(KeyboardEvents, ScansArriveInAllFormsAndCloseReleasesTheGrab)
     ASSERT_EQ(id, L"InputDevice#1");
     EXPECT_FALSE(x.grabSucceeds(xtest));
     x.type({XK_4, XK_6, XK_F8, XK_a, XK_Return});
-    HostEvent e = host.connection.waitForEvent(1);
-    EXPECT_EQ(e.source, L"InputDevice#1");
-    EXPECT_EQ(e.name, L"Штрихкод");
-    EXPECT_EQ(e.data, L"46\x1D" L"a");
+    auto e = host.connection.waitForEvent(1);
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->source, L"InputDevice#1");
+    EXPECT_EQ(e->name, L"Штрихкод");
+    EXPECT_EQ(e->data, L"46\x1D" L"a");
     EXPECT_TRUE(c.close(id));
     EXPECT_TRUE(x.grabSucceeds(xtest));
 
     ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(1)));
     const std::wstring hrs = c.open();
     x.type({XK_4, XK_F8, XK_a, XK_b, XK_Return});
-    EXPECT_EQ(host.connection.waitForEvent(2).data, L"4(029)ab");
+    EXPECT_THAT(host.connection.waitForEvent(2), EventData(L"4(029)ab"));
     c.close(hrs);
 
     ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(2)));
@@ -39,8 +40,9 @@ TEST(KeyboardEvents, ScansArriveInAllFormsAndCloseReleasesTheGrab)
     const std::wstring b64 = c.open();
     x.type({XK_1, XK_Insert, XK_2, XK_Return});
     e = host.connection.waitForEvent(3);
-    EXPECT_EQ(e.name, L"ШтрихкодBase64");
-    EXPECT_EQ(e.data, L"MR0y");
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->name, L"ШтрихкодBase64");
+    EXPECT_EQ(e->data, L"MR0y");
     c.close(b64);
 
     IComponentBase* o = c.object();

@@ -5,113 +5,97 @@
 
 #include <thread>
 
+#include "ComponentFixture.h"
 #include "TestHost.h"
 #include "TestUtil.h"
 #include "VirtualSerialPort.h"
 
 using namespace std::chrono_literals;
+using testing::Field;
+using testing::Optional;
 
 namespace {
 
-class SerialEvents : public ::testing::Test {
-protected:
-    void SetUp() override { host.connection.clear(); }
-    void TearDown() override
-    {
-        for (IComponentBase*& o : created)
-            host.destroy(o);
-        EXPECT_EQ(host.memory.liveBlocks(), 0u);
-    }
-    Component make(const std::wstring& cls = L"InputDevice", int port = 129)
-    {
-        Component c = host.create(cls);
-        created.push_back(c.object());
-        EXPECT_TRUE(c.setParameter(L"Port", intVar(port)));
-        return c;
-    }
-    HostEvent scan(VirtualSerialPort& line, const std::string& bytes)
-    {
-        const size_t before = host.connection.events().size();
-        line.write(bytes);
-        const auto events = host.connection.waitForEvents(before + 1);
-        if (events.size() <= before)
-            return HostEvent{L"", L"<no event>", L"", 0, {}};
-        return events[before];
-    }
-    TestHost host;
-    std::vector<IComponentBase*> created;
-};
+using SerialEvents = ComponentFixture;
 
 }  // namespace
 
 TEST_F(SerialEvents, BarcodeInAllThreeOutputForms)
 {
     VirtualSerialPort line("ttyUSB0");
-    Component c = make();
+    Component c = makeOnPort(129);
     const std::wstring id = c.open();
     ASSERT_EQ(id, L"InputDevice#1");
-    HostEvent e = scan(line, "123\r");
-    EXPECT_EQ(e.source, L"InputDevice#1");
-    EXPECT_EQ(e.name, L"Штрихкод");
-    EXPECT_EQ(e.data, L"123");
-    EXPECT_NE(e.thread, static_cast<pid_t>(syscall(SYS_gettid)));
+    auto e = scan(line, "123\r");
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->source, L"InputDevice#1");
+    EXPECT_EQ(e->name, L"Штрихкод");
+    EXPECT_EQ(e->data, L"123");
+    EXPECT_NE(e->thread, static_cast<pid_t>(syscall(SYS_gettid)));
     c.close(id);
 
     ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(1)));
     const std::wstring hrs = c.open();
     e = scan(line, "01\x1D" "21ab c\r");
-    EXPECT_EQ(e.name, L"Штрихкод");
-    EXPECT_EQ(e.data, L"01(029)21ab(032)");  // the last character after a group is dropped
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->name, L"Штрихкод");
+    EXPECT_EQ(e->data, L"01(029)21ab(032)");  // the last character after a group is dropped
     c.close(hrs);
 
     ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(2)));
     c.open();
     e = scan(line, "123\r");
-    EXPECT_EQ(e.name, L"ШтрихкодBase64");
-    EXPECT_EQ(e.data, L"MTIz");
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->name, L"ШтрихкодBase64");
+    EXPECT_EQ(e->data, L"MTIz");
 }
 
 TEST_F(SerialEvents, CardReaderEvents)
 {
     VirtualSerialPort line("ttyUSB0");
-    Component c = make(L"CardReaderDevice");
+    Component c = makeOnPort(129, L"CardReaderDevice");
     ASSERT_TRUE(c.setParameter(L"EquipmentType", c.str(L"СчитывательМагнитныхКарт")));
     const std::wstring id = c.open();
     EXPECT_EQ(id, L"CardReaderDevice#1");
-    HostEvent e = scan(line, ";1234567890=2512?\r");
-    EXPECT_EQ(e.source, L"CardReaderDevice#1");
-    EXPECT_EQ(e.name, L"ДанныеКарты");
-    EXPECT_EQ(e.data, L";1234567890=2512?");
+    auto e = scan(line, ";1234567890=2512?\r");
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->source, L"CardReaderDevice#1");
+    EXPECT_EQ(e->name, L"ДанныеКарты");
+    EXPECT_EQ(e->data, L";1234567890=2512?");
     c.close(id);
     ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(2)));
     c.open();
     e = scan(line, "AB\r");
-    EXPECT_EQ(e.name, L"ДанныеКартыBase64");
-    EXPECT_EQ(e.data, L"QUI=");
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->name, L"ДанныеКартыBase64");
+    EXPECT_EQ(e->data, L"QUI=");
 }
 
 TEST_F(SerialEvents, UnknownOutputTypeFallsBackToText)
 {
     VirtualSerialPort line("ttyUSB0");
-    Component c = make();
+    Component c = makeOnPort(129);
     ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(7)));
     c.open();
-    const HostEvent e = scan(line, "42\r");
-    EXPECT_EQ(e.name, L"Штрихкод");
-    EXPECT_EQ(e.data, L"42");
+    const auto e = scan(line, "42\r");
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->name, L"Штрихкод");
+    EXPECT_EQ(e->data, L"42");
 }
 
 TEST_F(SerialEvents, CyrillicInUtf8AndWindows1251)
 {
     VirtualSerialPort line("ttyUSB0");
-    Component c = make();
+    Component c = makeOnPort(129);
     const std::wstring id = c.open();
-    HostEvent e = scan(line, "\xD0\x9F\xD1\x80\xD0\xB8\r");
-    EXPECT_EQ(e.data, L"При");
+    auto e = scan(line, "\xD0\x9F\xD1\x80\xD0\xB8\r");
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->data, L"При");
     // The text form decodes the bytes as UTF-8 whatever the line's encoding:
     // Windows-1251 letters do not survive it.
     e = scan(line, "a\xCF\xF0\xE8\r");
-    EXPECT_EQ(e.data, L"a");
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->data, L"a");
     c.close(id);
 
     ASSERT_TRUE(c.setParameter(L"COMEncoding", c.str(L"Windows-1251")));
@@ -119,37 +103,38 @@ TEST_F(SerialEvents, CyrillicInUtf8AndWindows1251)
     c.open();
     // Windows-1251 bytes are delivered exactly in the Base64 form.
     e = scan(line, "\xCF\xF0\xE8\r");
-    EXPECT_EQ(e.data, L"z/Do");
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->data, L"z/Do");
 }
 
 TEST_F(SerialEvents, TwoDevicesOnOneComponent)
 {
     VirtualSerialPort first("ttyUSB0");
     VirtualSerialPort second("ttyACM3");
-    Component c = make();
+    Component c = makeOnPort(129);
     const std::wstring a = c.open();
     ASSERT_TRUE(c.setParameter(L"Port", intVar(65 + 3)));
     const std::wstring b = c.open();
     EXPECT_EQ(a, L"InputDevice#1");
     EXPECT_EQ(b, L"InputDevice#2");
-    EXPECT_EQ(scan(first, "A\r").source, L"InputDevice#1");
-    EXPECT_EQ(scan(second, "B\r").source, L"InputDevice#2");
-    EXPECT_EQ(scan(first, "C\r").data, L"C");
+    EXPECT_THAT(scan(first, "A\r"), Optional(Field(&HostEvent::source, L"InputDevice#1")));
+    EXPECT_THAT(scan(second, "B\r"), Optional(Field(&HostEvent::source, L"InputDevice#2")));
+    EXPECT_THAT(scan(first, "C\r"), Optional(Field(&HostEvent::data, L"C")));
 }
 
 TEST_F(SerialEvents, SettingsAreCapturedAtOpen)
 {
     VirtualSerialPort first("ttyUSB0");
     VirtualSerialPort second("ttyUSB1");
-    Component c = make();
+    Component c = makeOnPort(129);
     ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(2)));
     const std::wstring a = c.open();
     ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(0)));
     ASSERT_TRUE(c.setParameter(L"Port", intVar(130)));
     ASSERT_TRUE(c.setParameter(L"Suffix", intVar(10)));
     const std::wstring b = c.open();
-    EXPECT_EQ(scan(first, "123\r").data, L"MTIz");
-    EXPECT_EQ(scan(second, "123\n").data, L"123");
+    EXPECT_THAT(scan(first, "123\r"), Optional(Field(&HostEvent::data, L"MTIz")));
+    EXPECT_THAT(scan(second, "123\n"), Optional(Field(&HostEvent::data, L"123")));
 }
 
 TEST_F(SerialEvents, DestroyWithOpenDevicesJoinsThreadsAndClosesDescriptors)
@@ -165,7 +150,7 @@ TEST_F(SerialEvents, DestroyWithOpenDevicesJoinsThreadsAndClosesDescriptors)
         ASSERT_FALSE(c.open().empty());
         c.setParameter(L"Port", intVar(3));
         ASSERT_FALSE(c.open().empty());
-        EXPECT_EQ(scan(first, "1\r").data, L"1");
+        EXPECT_THAT(scan(first, "1\r"), Optional(Field(&HostEvent::data, L"1")));
         EXPECT_GT(threadCount(), threads);
         EXPECT_EQ(host.destroy(o), 0);
     }
@@ -176,9 +161,9 @@ TEST_F(SerialEvents, DestroyWithOpenDevicesJoinsThreadsAndClosesDescriptors)
 TEST_F(SerialEvents, UnpluggedScannerResumesAfterReplug)
 {
     VirtualSerialPort line("ttyUSB0");
-    Component c = make();
+    Component c = makeOnPort(129);
     c.open();
-    EXPECT_EQ(scan(line, "1\r").data, L"1");
+    EXPECT_THAT(scan(line, "1\r"), Optional(Field(&HostEvent::data, L"1")));
     line.unplug();
     std::this_thread::sleep_for(300ms);
     line.plug();
@@ -195,7 +180,7 @@ TEST_F(SerialEvents, UnpluggedScannerResumesAfterReplug)
 TEST_F(SerialEvents, InitAgainClosesTheEarlierDevices)
 {
     VirtualSerialPort line("ttyUSB0");
-    Component c = make();
+    Component c = makeOnPort(129);
     c.open();
     const size_t threads = threadCount();
     EXPECT_TRUE(c.object()->Init(&host.connection));
@@ -205,5 +190,5 @@ TEST_F(SerialEvents, InitAgainClosesTheEarlierDevices)
     EXPECT_EQ(c.open(), L"");
     ASSERT_TRUE(c.setParameter(L"Port", intVar(129)));
     EXPECT_EQ(c.open(), L"InputDevice#3");
-    EXPECT_EQ(scan(line, "5\r").data, L"5");
+    EXPECT_THAT(scan(line, "5\r"), Optional(Field(&HostEvent::data, L"5")));
 }

@@ -1,8 +1,16 @@
 #pragma once
 // The host the tests play: the add-in built in this tree, loaded as the platform loads it.
+#include <gmock/gmock.h>
+
 #include "AddinHost.h"
 
 class TestHost : public AddinHost {
 public:
     TestHost() : AddinHost(RAVLIN_LIBRARY_PATH) {}
 };
+
+// Matches an event that arrived and carries this data.
+inline auto EventData(const std::wstring& data)
+{
+    return testing::Optional(testing::Field(&HostEvent::data, data));
+}

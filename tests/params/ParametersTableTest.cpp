@@ -13,6 +13,7 @@
 #include "XvfbServer.h"
 #include "input/DeviceNodes.h"
 #include "params/LinuxParametersTableBuilder.h"
+#include "util/TextUtil.h"
 #include "util/CharsetConversion.h"
 
 namespace {

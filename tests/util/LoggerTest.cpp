@@ -1,3 +1,4 @@
+#include "util/TextUtil.h"
 #include "util/Logger.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+#include "util/TextUtil.h"
 #include "util/SymbolCodecs.h"
 
 #include <gtest/gtest.h>

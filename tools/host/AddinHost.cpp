@@ -106,11 +106,11 @@ std::vector<HostEvent> HostConnection::waitForEvents(size_t n, std::chrono::mill
     return recorded;
 }
 
-HostEvent HostConnection::waitForEvent(size_t n, std::chrono::milliseconds deadline)
+std::optional<HostEvent> HostConnection::waitForEvent(size_t n, std::chrono::milliseconds deadline)
 {
     std::unique_lock<std::mutex> g(lock);
     if (!arrived.wait_for(g, deadline, [&] { return recorded.size() >= n; }))
-        return HostEvent{L"", L"<no event>", L"", 0, {}};
+        return std::nullopt;
     return recorded[n - 1];
 }
 

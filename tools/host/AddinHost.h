@@ -7,6 +7,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -57,7 +58,7 @@ public:
                                                        std::chrono::seconds(10));
     std::vector<HostEvent> events() const;
     // The n-th event (counting from 1), waited for; an empty event on time-out.
-    HostEvent waitForEvent(size_t n, std::chrono::milliseconds deadline = std::chrono::seconds(10));
+    std::optional<HostEvent> waitForEvent(size_t n, std::chrono::milliseconds deadline = std::chrono::seconds(10));
     void clear();
     long queueDepth() const;
     int otherSlotCalls() const;

@@ -62,12 +62,12 @@ int demo(char* self)
             const auto written = std::chrono::steady_clock::now();
             line->write("\r");
             ++sent;
-            const HostEvent e = session.host.connection.waitForEvent(received + 1, std::chrono::seconds(5));
-            if (e.thread == 0)
+            const auto e = session.host.connection.waitForEvent(received + 1, std::chrono::seconds(5));
+            if (!e)
                 continue;
             ++received;
-            latencies.push_back(std::chrono::duration<double, std::micro>(e.at - written).count());
-            std::cout << "  " << formatEvent(e, false) << "\n";
+            latencies.push_back(std::chrono::duration<double, std::micro>(e->at - written).count());
+            std::cout << "  " << formatEvent(*e, false) << "\n";
         }
     }
     c.close(first);

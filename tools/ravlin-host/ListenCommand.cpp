@@ -52,10 +52,10 @@ int listen(const ListenOptions& o)
     size_t shown = 0;
     while (!interrupted && (o.count == 0 || shown < o.count) &&
            (o.timeout <= 0 || std::chrono::steady_clock::now() < deadline)) {
-        const HostEvent e = session.host.connection.waitForEvent(shown + 1, std::chrono::milliseconds(100));
-        if (e.thread == 0)
+        const auto e = session.host.connection.waitForEvent(shown + 1, std::chrono::milliseconds(100));
+        if (!e)
             continue;
-        std::cout << formatEvent(e, o.json) << std::endl;
+        std::cout << formatEvent(*e, o.json) << std::endl;
         ++shown;
     }
     c.close(id);
