@@ -135,10 +135,7 @@ void DevTestDialogLinux::DoListenPort(uint32_t port)
         return;
     DeviceSettings settings = ports;
     settings.port = port;
-    if (auto source = InputDeviceComPortFactory().create(settings, [this, name](const std::wstring& data) {
-            OnInput(name, data);
-        }))
-        sources.emplace(name, std::move(source));
+    Listen(name, InputDeviceComPortFactory(), settings);
 }
 
 void DevTestDialogLinux::ListenKeyboardDevices()
@@ -152,9 +149,14 @@ void DevTestDialogLinux::DoListenKeyboardDevice(const std::string& deviceName)
     const std::wstring name = ConvertUTF8Input(deviceName.c_str());
     DeviceSettings settings = keyboards;
     settings.keyboardDevice = deviceName;
-    if (auto source = InputDeviceKeyboardFactory().create(settings, [this, name](const std::wstring& data) {
-            OnInput(name, data);
-        }))
+    Listen(name, InputDeviceKeyboardFactory(), settings);
+}
+
+// A source that cannot be had (busy, gone, refused) is simply not listed.
+void DevTestDialogLinux::Listen(const std::wstring& name, const InputDeviceFactory& factory,
+                                const DeviceSettings& settings)
+{
+    if (auto source = factory.create(settings, [this, name](const std::wstring& data) { OnInput(name, data); }))
         sources.emplace(name, std::move(source));
 }
 

@@ -15,7 +15,7 @@
 #include "abi/DeviceCodes.h"
 
 #include "input/DeviceSettings.h"
-#include "input/InputDevice.h"
+#include "input/InputDeviceFactory.h"
 
 struct GtkApi;
 
@@ -41,6 +41,7 @@ private:
     void DoListenPort(uint32_t port);
     void ListenKeyboardDevices();
     void DoListenKeyboardDevice(const std::string& deviceName);
+    void Listen(const std::wstring& name, const InputDeviceFactory& factory, const DeviceSettings& settings);
     void OnInput(const std::wstring& sourceName, const std::wstring& data);
     void StopListening();
 

@@ -127,3 +127,14 @@ TEST(RavlinHost, InfoAndPorts)
     EXPECT_EQ(status, 0);
     EXPECT_NE(out.find("132\tUSB COM4"), std::string::npos) << out;
 }
+
+TEST(RavlinHost, EveryCommandTakesTheLocale)
+{
+    for (const char* command : {"info", "params", "ports"}) {
+        EXPECT_EQ(run({command, "--locale", "en"}).second, 0) << command;
+        EXPECT_NE(run({command, "--locale", "fr"}).second, 0) << command;
+    }
+    const auto [out, status] = run({"demo", "--locale", "en"});
+    EXPECT_EQ(status, 0) << out;
+    EXPECT_NE(out.find("codes sent 6, events received 6"), std::string::npos) << out;
+}

@@ -33,13 +33,14 @@ void play(VirtualSerialPort& line, const std::string& bytes)
     }
 }
 
-int demo(char* self)
+int demo(char* self, std::string locale)
 {
-    char* args[] = {self, const_cast<char*>("demo"), nullptr};
-    enterPrivateDev(2, args);
+    // Started again inside its own /dev, with the same language.
+    char* args[] = {self, const_cast<char*>("demo"), const_cast<char*>("--locale"), locale.data(), nullptr};
+    enterPrivateDev(4, args);
     VirtualSerialPort text("ttyUSB0");
     VirtualSerialPort base64("ttyUSB1");
-    Session session("ru");
+    Session session(locale);
     Component& c = session.component;
     c.setParameter(L"Port", intVar(129));
     c.setParameter(L"OutputDataType", intVar(1));  // human-readable
@@ -84,10 +85,12 @@ int demo(char* self)
 Command demoCommand()
 {
     return {"demo", "play realistic scans from a virtual scanner through the driver",
-            [](CLI::App&) -> std::function<int()> {
-                return [] {
+            [](CLI::App& app) -> std::function<int()> {
+                auto locale = std::make_shared<std::string>("ru");
+                addLocaleOption(app, *locale);
+                return [locale] {
                     static char self[] = "ravlin-host";
-                    return demo(self);
+                    return demo(self, *locale);
                 };
             }};
 }

@@ -38,9 +38,11 @@ void printChoices(xmlNodePtr node, const std::string& parameter, const char* hea
 Command portsCommand()
 {
     return {"ports", "serial ports (Port values) and keyboard devices the machine offers",
-            [](CLI::App&) -> std::function<int()> {
-                return [] {
-                    Session session("ru");
+            [](CLI::App& app) -> std::function<int()> {
+                auto locale = std::make_shared<std::string>();
+                addLocaleOption(app, *locale);
+                return [locale] {
+                    Session session(*locale);
                     const std::string document = session.parameters();
                     xmlDocPtr doc = xmlReadMemory(document.data(), static_cast<int>(document.size()), nullptr,
                                                   "UTF-8", XML_PARSE_NONET);
