@@ -118,7 +118,7 @@ bool RavlinPerformerDesktop::OpenDevice(const std::wstring& deviceId)
                           output = settings->outputDataType](const std::wstring& data) {
         callback(id, equipment, output, data);
     };
-    std::shared_ptr<InputDevice> source = factoryFor(next).create(next, bound);
+    std::unique_ptr<InputDevice> source = factoryFor(next).create(next, bound);
     if (!source)
         return false;
     // A repeated id keeps the first source; the new one is released here.

@@ -35,6 +35,6 @@ private:
     InputDeviceKeyboardFactory keyboardFactory;
     InputDeviceComPortFactory comPortFactory;
     DeviceSettings next;  // what the next Open or DeviceTest starts from
-    std::map<std::wstring, std::shared_ptr<InputDevice>> devices;
+    std::map<std::wstring, std::unique_ptr<InputDevice>> devices;
     std::unique_ptr<PerformerSettings> settings;
 };
