@@ -5,8 +5,5 @@
 std::unique_ptr<InputDevice> InputDeviceComPortFactory::create(const DeviceSettings& settings,
                                                                const DataCallback& callback) const
 {
-    auto source = std::make_unique<InputDeviceComPort>(callback, settings);
-    if (!source->start())
-        return nullptr;
-    return source;
+    return started<InputDeviceComPort>(settings, callback);
 }
