@@ -2,7 +2,10 @@
 // The host the tests play: the add-in built in this tree, loaded as the platform loads it.
 #include <gmock/gmock.h>
 
+#include <ostream>
+
 #include "AddinHost.h"
+#include "util/CharsetConversion.h"
 
 class TestHost : public AddinHost {
 public:
@@ -13,4 +16,10 @@ public:
 inline auto EventData(const std::wstring& data)
 {
     return testing::Optional(testing::Field(&HostEvent::data, data));
+}
+
+// How a failing expectation shows an event (its bytes include padding).
+inline void PrintTo(const HostEvent& event, std::ostream* out)
+{
+    *out << "{" << wstr2str(event.source) << ", " << wstr2str(event.name) << ", " << wstr2str(event.data) << "}";
 }
