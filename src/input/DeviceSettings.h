@@ -6,7 +6,7 @@
 #include <string>
 
 struct DeviceSettings {
-    uint32_t port = 1;  // 0 keyboard mode, otherwise a serial port number (PortFamily)
+    uint32_t port = 1;  // 0 keyboard mode, otherwise a port number (PortFamily)
 
     // Serial line.
     uint32_t speed = 9600;

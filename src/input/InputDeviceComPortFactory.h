@@ -1,7 +1,8 @@
 #pragma once
 #include "input/InputDeviceFactory.h"
 
-// Serial sources: the port number picks the node (PortFamily).
+// Sources on a port: the port number picks the node (PortFamily), a serial
+// line or a HID point-of-sale scanner.
 class InputDeviceComPortFactory : public InputDeviceFactory {
 public:
     std::unique_ptr<InputDevice> create(const DeviceSettings& settings,

@@ -2,11 +2,13 @@
 
 #include <cstring>
 
-const PortFamily kPortFamilies[3] = {
-    {"ttyS", 1, L"COM", L"COM"},
-    {"ttyACM", 65, L"Virtual COM", L"ACM"},
-    {"ttyUSB", 129, L"USB COM", L"USB"},
+const PortFamily kPortFamilies[4] = {
+    {"ttyS", 1, L"COM", L"COM", false},
+    {"ttyACM", 65, L"Virtual COM", L"ACM", false},
+    {"ttyUSB", 129, L"USB COM", L"USB", false},
+    {"hidraw", 193, L"HID POS", L"HID", true},
 };
+const PortFamily& kHidPosFamily = kPortFamilies[3];
 
 // Ranges are not guarded: a ttyS index of 64 reads as ttyACM0, as the form numbers them.
 const PortFamily* portFamilyOf(uint32_t port)

@@ -1,6 +1,7 @@
 #pragma once
-// The one home of the serial port numbering: a port number names a node
-// family and an index, port = base + index, so "Port" 129 is /dev/ttyUSB0.
+// The one home of the port numbering: a port number names a node family and
+// an index, port = base + index, so "Port" 129 is /dev/ttyUSB0 and 193 is
+// /dev/hidraw0.
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -10,10 +11,13 @@ struct PortFamily {
     uint32_t base;             // port number of index 0
     const wchar_t* caption;    // settings form: caption + (index + 1), "USB COM1"
     const wchar_t* shortName;  // test window: short name + (index + 1), "USB1"
+    bool hidPos;               // a USB HID point-of-sale scanner, not a serial line
 };
 
 // In ascending order of base.
-extern const PortFamily kPortFamilies[3];
+extern const PortFamily kPortFamilies[4];
+// /dev/hidrawN: offered and opened only when its device is a scanner.
+extern const PortFamily& kHidPosFamily;
 
 // The family a port number belongs to; null for 0 (keyboard mode).
 const PortFamily* portFamilyOf(uint32_t port);

@@ -14,7 +14,8 @@ void LinuxParametersTableBuilder::BuildPortPart()
 {
     std::wstring ports;
     for (const PortFamily& family : kPortFamilies)
-        ports += GetCOMDevicesList(family);
+        if (!family.hidPos)
+            ports += GetCOMDevicesList(family);
     append(L"<Parameter" + attribute(L"Name", L"Port") + attribute(L"Caption", text(L"Порт", L"Port")) +
            attribute(L"TypeValue", L"Number") + attribute(L"DefaultValue", L"0") + L"><ChoiceList>" +
            item(L"0", text(L"Клавиатура", L"Keyboard")) + ports + L"</ChoiceList></Parameter>");

@@ -1,0 +1,45 @@
+// A scanner's report descriptor and the reports it sends, both hostile.
+// Input: two bytes of descriptor length (little-endian), the descriptor, one
+// byte choosing the maker (Honeywell, Newland, other), then reports, each one
+// length byte followed by that many bytes (0: the declared report size).
+#include <cstdint>
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+#include "input/HidPosAssembler.h"
+#include "input/HidReportDescriptor.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    if (size < 3)
+        return 0;
+    const size_t descriptorSize = std::min<size_t>(data[0] | data[1] << 8, size - 2);
+    const std::string descriptor(reinterpret_cast<const char*>(data) + 2, descriptorSize);
+    size_t at = 2 + descriptorSize;
+    if (at >= size)
+        return 0;
+    static const uint16_t makers[] = {kHoneywellVendorId, kNewlandVendorId, 0x05E0};
+    const auto layout = parseHidPosLayout(descriptor, makers[data[at++] % 3]);
+    if (!layout)
+        return 0;
+    if (layout->reportSize == 0 || layout->dataOffset + layout->dataCapacity > layout->reportSize ||
+        layout->continuedOffset >= layout->reportSize ||
+        (layout->lengthOffset && *layout->lengthOffset >= layout->reportSize) ||
+        (layout->symbologyOffset && *layout->symbologyOffset + 3 > layout->reportSize))
+        std::abort();
+    HidPosAssembler assembler(*layout);
+    while (at < size) {
+        // A length byte of 0 stands for a report of exactly the declared size.
+        const size_t n = data[at++];
+        const size_t take = std::min<size_t>(n ? n : layout->reportSize, size - at);
+        std::string report(reinterpret_cast<const char*>(data) + at, take);
+        at += take;
+        if (n == 0)
+            report.resize(layout->reportSize, '\0');
+        if (auto code = assembler.feed(report))
+            if (code->data.empty() || code->data.size() > HidPosAssembler::kMaxCodeBytes || code->symbology.size() > 3)
+                std::abort();
+    }
+    return 0;
+}

@@ -1,0 +1,36 @@
+#pragma once
+// Joins a scanner's reports into whole codes: reports flagged "continued"
+// carry the next part of the same code, the first report without the flag
+// ends it. Bad reports never reach the consumer: a report of the wrong size or
+// with a length past its data field drops the code it belongs to (up to the
+// end of its chain), and a code
+// that grows past kMaxCodeBytes is dropped whole, reading resuming with the
+// first report of the next code.
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "input/HidReportDescriptor.h"
+
+struct ScannedCode {
+    std::string data;       // the bytes exactly as encoded
+    std::string symbology;  // AIM identifier, e.g. "]E0"; empty when the device sends none
+};
+
+class HidPosAssembler {
+public:
+    static constexpr size_t kMaxCodeBytes = 1 << 20;
+
+    explicit HidPosAssembler(const HidPosLayout& layout);
+
+    // One report as read from the device, report id included.
+    std::optional<ScannedCode> feed(const std::string& report);
+    // Forgets an unfinished code (the device went away).
+    void reset();
+
+private:
+    HidPosLayout layout;
+    ScannedCode pending;
+    bool started = false;
+    bool dropping = false;  // the rest of a bad or over-long code is being discarded
+};

@@ -1,0 +1,57 @@
+#pragma once
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "input/DeviceSettings.h"
+#include "input/HidPosAssembler.h"
+#include "input/HidrawNode.h"
+#include "input/InputDevice.h"
+#include "util/ReaderThread.h"
+
+struct udev;
+struct udev_monitor;
+
+// Reads a USB scanner in its HID point-of-sale mode from /dev/hidrawN on its
+// own thread. Each report chain is one code, delivered like a serial code
+// (its bytes in Base64); no suffix or time-out frames it. When the scanner is
+// unplugged the reader waits for the same device (vendor, product, serial) to
+// come back, under whatever node number, and reads it again.
+//
+// Thread contract: start() and the destructor on the owner's thread; both
+// callbacks on the reader's thread only.
+class InputDeviceHidPos : public InputDevice {
+public:
+    // Also told the AIM identifier of each code, for displays that show it.
+    using ScanCallback = std::function<void(const ScannedCode&)>;
+
+    InputDeviceHidPos(DataCallback callback, const DeviceSettings& settings, ScanCallback onScan = nullptr);
+    ~InputDeviceHidPos() override;
+
+    // Opens the node the port names and starts the reader; false (nothing
+    // left behind) when the node is missing, unreadable or not a scanner.
+    bool start();
+
+private:
+    void run();
+    bool openNode(const HidrawNode& node);
+    void closeNode();
+    void readReport();
+    void watchEvents();
+    void tryReopen();
+    void watchUdev();
+    bool retryPending() const { return fd < 0 && (reopenWanted || !monitor); }
+
+    const DeviceSettings settings;
+    const ScanCallback onScan;
+    int fd = -1;
+    HidrawNode device;  // the scanner being read, as it was last seen
+    std::optional<HidPosAssembler> assembler;
+    std::string report;
+    udev* udevContext = nullptr;
+    udev_monitor* monitor = nullptr;
+    bool reopenWanted = false;
+    std::chrono::steady_clock::time_point lastAttempt;
+    ReaderThread thread;
+};

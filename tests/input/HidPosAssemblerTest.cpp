@@ -1,0 +1,175 @@
+#include "input/HidPosAssembler.h"
+
+#include <gtest/gtest.h>
+
+#include "HidPosDescriptors.h"
+#include "HidPosReports.h"
+#include "input/HidReportDescriptor.h"
+
+using namespace hidpos_descriptors;
+
+namespace {
+
+const std::string kEan13 = "4006381333931";
+const char kGs = '\x1D';
+
+// A GS1 DataMatrix marking code of 150 bytes with its group separators.
+std::string gs1DataMatrix()
+{
+    std::string code = "0104650117240408215'kT9mBqX>&cz" + std::string(1, kGs) + "91EE06" + std::string(1, kGs) + "92";
+    while (code.size() < 150)
+        code += static_cast<char>('A' + code.size() % 26);
+    return code;
+}
+
+std::vector<ScannedCode> assemble(const HidPosLayout& layout, const std::vector<std::string>& reports)
+{
+    HidPosAssembler a(layout);
+    std::vector<ScannedCode> codes;
+    for (const std::string& r : reports)
+        if (auto code = a.feed(r))
+            codes.push_back(*code);
+    return codes;
+}
+
+HidPosLayout layoutOf(const std::string& descriptor, uint16_t vendor = 0x05E0)
+{
+    auto layout = parseHidPosLayout(descriptor, vendor);
+    EXPECT_TRUE(layout);
+    return layout.value_or(HidPosLayout{});
+}
+
+}  // namespace
+
+TEST(HidReportDescriptor, StandardPage)
+{
+    const HidPosLayout l = layoutOf(kStandard);
+    EXPECT_EQ(l.reportId, 2);
+    EXPECT_EQ(l.reportSize, 61u);
+    EXPECT_EQ(l.symbologyOffset, std::optional<size_t>(1));
+    EXPECT_EQ(l.dataOffset, 4u);
+    EXPECT_EQ(l.dataCapacity, 56u);
+    EXPECT_FALSE(l.lengthOffset);
+    EXPECT_EQ(l.continuedOffset, 60u);
+    EXPECT_EQ(l.continuedMask, 1);
+}
+
+TEST(HidReportDescriptor, StandardPageWithByteCount)
+{
+    const HidPosLayout l = layoutOf(kStandardWithByteCount);
+    EXPECT_EQ(l.reportSize, 64u);
+    EXPECT_EQ(l.lengthOffset, std::optional<size_t>(1));
+    EXPECT_EQ(l.symbologyOffset, std::optional<size_t>(2));
+    EXPECT_EQ(l.dataOffset, 5u);
+    EXPECT_EQ(l.continuedOffset, 63u);
+    EXPECT_EQ(l.continuedMask, 1);
+}
+
+TEST(HidReportDescriptor, VendorLayoutsNeedTheirMaker)
+{
+    const HidPosLayout h = layoutOf(kHoneywellVendor, kHoneywellVendorId);
+    EXPECT_EQ(h.reportSize, 64u);
+    EXPECT_EQ(h.symbologyOffset, std::optional<size_t>(2));
+    EXPECT_EQ(h.dataOffset, 5u);
+    const HidPosLayout n = layoutOf(kNewlandVendor, kNewlandVendorId);
+    EXPECT_FALSE(n.symbologyOffset);
+    EXPECT_EQ(n.dataOffset, 2u);
+    EXPECT_EQ(n.continuedOffset, 63u);
+    EXPECT_FALSE(parseHidPosLayout(kHoneywellVendor, 0x046D));
+}
+
+TEST(HidReportDescriptor, OtherDevicesAreNotScanners)
+{
+    EXPECT_FALSE(parseHidPosLayout(kMouse, kHoneywellVendorId));
+    EXPECT_FALSE(parseHidPosLayout("", 0));
+    EXPECT_FALSE(parseHidPosLayout(kStandard.substr(0, 20), 0));  // cut inside an item
+    // Report Count (0xFFFFFFFF) of one-bit fields: refused, not expanded.
+    EXPECT_FALSE(parseHidPosLayout(bytes({0x05, 0x8C, 0x75, 0x01, 0x97, 0xFF, 0xFF, 0xFF, 0xFF, 0x09, 0xFE, 0x81, 0x02}), 0));
+    // Decoded Data that is not whole bytes.
+    EXPECT_FALSE(parseHidPosLayout(bytes({0x05, 0x8C, 0x75, 0x04, 0x95, 0x02, 0x09, 0xFE, 0x81, 0x02}), 0));
+    // Pop without push.
+    EXPECT_FALSE(parseHidPosLayout(bytes({0xB4}) + kStandard, 0));
+}
+
+TEST(HidPosAssembler, OneReportEan13)
+{
+    for (const auto& [descriptor, vendor] : {std::pair(kStandard, 0), std::pair(kStandardWithByteCount, 0),
+                                            std::pair(kHoneywellVendor, int(kHoneywellVendorId))}) {
+        const HidPosLayout l = layoutOf(descriptor, vendor);
+        const auto codes = assemble(l, reportsFor(l, "]E0", kEan13));
+        ASSERT_EQ(codes.size(), 1u);
+        EXPECT_EQ(codes[0].data, kEan13);
+        EXPECT_EQ(codes[0].symbology, "]E0");
+    }
+    const HidPosLayout n = layoutOf(kNewlandVendor, kNewlandVendorId);
+    const auto codes = assemble(n, reportsFor(n, "", kEan13));
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, kEan13);
+    EXPECT_EQ(codes[0].symbology, "");
+}
+
+TEST(HidPosAssembler, DataMatrixOverThreeContinuedReports)
+{
+    const std::string code = gs1DataMatrix();
+    ASSERT_EQ(code.size(), 150u);
+    for (const auto& [descriptor, vendor] : {std::pair(kStandardWithByteCount, 0),
+                                            std::pair(kHoneywellVendor, int(kHoneywellVendorId)),
+                                            std::pair(kNewlandVendor, int(kNewlandVendorId))}) {
+        const HidPosLayout l = layoutOf(descriptor, vendor);
+        const auto reports = reportsFor(l, "]d2", code);
+        ASSERT_EQ(reports.size(), 3u);
+        const auto codes = assemble(l, reports);
+        ASSERT_EQ(codes.size(), 1u);
+        EXPECT_EQ(codes[0].data, code);  // GS bytes kept as 0x1D
+    }
+}
+
+TEST(HidPosAssembler, BinaryBytesSurviveWithAByteCount)
+{
+    const HidPosLayout l = layoutOf(kStandardWithByteCount);
+    const std::string data("\0\r\n\x1D\xFF\0", 6);
+    const auto codes = assemble(l, reportsFor(l, "]d1", data));
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, data);
+}
+
+TEST(HidPosAssembler, BadReportsDropTheirCodeAndTheNextScanArrives)
+{
+    const HidPosLayout l = layoutOf(kStandardWithByteCount);
+    auto parts = reportsFor(l, "]d2", gs1DataMatrix());
+    std::string lengthPastData = reportsFor(l, "]E0", kEan13)[0];
+    lengthPastData[1] = 57;
+    const std::string good = reportsFor(l, "]E0", kEan13)[0];
+
+    // A short read in the middle of a chain.
+    EXPECT_EQ(assemble(l, {parts[0], parts[1].substr(0, 10), parts[2], good}).size(), 1u);
+    // A length byte past the data field.
+    auto codes = assemble(l, {lengthPastData, good});
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, kEan13);
+    // Another report id is not ours and changes nothing.
+    std::string other = parts[1];
+    other[0] = 3;
+    codes = assemble(l, {parts[0], other, parts[1], parts[2]});
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, gs1DataMatrix());
+    // An empty report holds no code.
+    EXPECT_TRUE(assemble(l, reportsFor(l, "]E0", "")).empty());
+}
+
+TEST(HidPosAssembler, EndlessChainIsCappedAndReadingResumes)
+{
+    const HidPosLayout l = layoutOf(kStandardWithByteCount);
+    HidPosAssembler a(l);
+    std::string more = reportsFor(l, "]d2", std::string(56, 'x'))[0];
+    more[63] = 1;
+    for (size_t sent = 0; sent <= HidPosAssembler::kMaxCodeBytes + 56; sent += 56)
+        ASSERT_FALSE(a.feed(more));
+    std::string last = more;
+    last[63] = 0;
+    EXPECT_FALSE(a.feed(last));  // the end of the over-long code: dropped whole
+    const auto code = a.feed(reportsFor(l, "]E0", kEan13)[0]);
+    ASSERT_TRUE(code);
+    EXPECT_EQ(code->data, kEan13);
+    EXPECT_EQ(code->symbology, "]E0");
+}

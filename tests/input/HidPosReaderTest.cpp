@@ -1,0 +1,208 @@
+// The HID POS reader on hidraw nodes emulated by umockdev.
+#include <gtest/gtest.h>
+#include <linux/capability.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "CodeSink.h"
+#include "HidPosDescriptors.h"
+#include "HidPosReports.h"
+#include "HidrawTestbed.h"
+#include "TestUtil.h"
+#include "input/HidrawNode.h"
+#include "input/InputDeviceComPortFactory.h"
+#include "input/PortFamily.h"
+#include "util/SymbolCodecs.h"
+
+using namespace std::chrono_literals;
+using namespace hidpos_descriptors;
+
+namespace {
+
+const std::string kEan13 = "4006381333931";
+
+std::string gs1DataMatrix()
+{
+    std::string code = "010465011724040821" "5'kT9mBqX>&cz\x1D" "91EE06\x1D" "92";
+    while (code.size() < 150)
+        code += static_cast<char>('a' + code.size() % 26);
+    return code;
+}
+
+const HidrawTestbed::Device kHoneywell{kHoneywellVendorId, 0x0B87, "21013B0F42", "Honeywell Xenon 1950g", kStandardWithByteCount};
+const HidrawTestbed::Device kStandardScanner{0x05E0, 0x1900, "S42", "Symbol Bar Code Scanner", kStandard};
+const HidrawTestbed::Device kHoneywellVendorMode{kHoneywellVendorId, 0x0B01, "V7", "HHP Scanner", kHoneywellVendor};
+const HidrawTestbed::Device kNewland{kNewlandVendorId, 0x0D10, "N1", "Newland FM420", kNewlandVendor};
+const HidrawTestbed::Device kMouseDevice{0x046D, 0xC077, "", "Logitech USB Optical Mouse", kMouse};
+
+class HidPosReader : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(HidrawTestbed::active()) << "run under umockdev-wrapper"; }
+
+    std::unique_ptr<InputDevice> open(unsigned node, CodeSink& sink)
+    {
+        DeviceSettings settings;
+        settings.port = kHidPosFamily.base + node;
+        return InputDeviceComPortFactory().create(settings, sink.callback());
+    }
+    // Sends one code the way the device's layout cuts it into reports.
+    void scan(unsigned node, const HidrawTestbed::Device& d, const std::string& symbology, const std::string& code)
+    {
+        const auto layout = parseHidPosLayout(d.descriptor, d.vendorId);
+        ASSERT_TRUE(layout);
+        std::string stream;
+        for (const std::string& r : reportsFor(*layout, symbology, code))
+            stream += r;
+        bed.send(node, stream);
+    }
+
+    HidrawTestbed bed;
+};
+
+// Drops this thread's power to open files regardless of their permissions,
+// as an ordinary user has none; the rest of the process keeps it.
+void withoutFileCapabilities(const std::function<void()>& body)
+{
+    std::thread([&] {
+        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+        __user_cap_data_struct data[2]{};
+        ASSERT_EQ(syscall(SYS_capget, &header, data), 0);
+        for (int cap : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH, CAP_FOWNER})
+            data[cap / 32].effective &= ~(1u << (cap % 32));
+        ASSERT_EQ(syscall(SYS_capset, &header, data), 0);
+        body();
+    }).join();
+}
+
+}  // namespace
+
+TEST_F(HidPosReader, OneReportEan13OnTheStandardPage)
+{
+    bed.plug(0, kStandardScanner);
+    CodeSink sink;
+    auto source = open(0, sink);
+    ASSERT_TRUE(source);
+    scan(0, kStandardScanner, "]E0", kEan13);
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64(kEan13)});
+}
+
+TEST_F(HidPosReader, DataMatrixOverThreeContinuedReportsKeepsItsGroupSeparators)
+{
+    bed.plug(1, kHoneywell);
+    CodeSink sink;
+    auto source = open(1, sink);
+    ASSERT_TRUE(source);
+    const std::string code = gs1DataMatrix();
+    ASSERT_EQ(code.size(), 150u);
+    scan(1, kHoneywell, "]d2", code);
+    scan(1, kHoneywell, "]E0", kEan13);
+    const auto codes = sink.waitFor(2);
+    ASSERT_EQ(codes.size(), 2u);
+    EXPECT_EQ(base642Raw(std::string(codes[0].begin(), codes[0].end())), code);
+    EXPECT_EQ(codes[1], b64(kEan13));
+}
+
+TEST_F(HidPosReader, EachVendorLayout)
+{
+    bed.plug(2, kHoneywellVendorMode);
+    bed.plug(3, kNewland);
+    CodeSink honeywell, newland;
+    auto a = open(2, honeywell);
+    auto b = open(3, newland);
+    ASSERT_TRUE(a);
+    ASSERT_TRUE(b);
+    scan(2, kHoneywellVendorMode, "]Q0", gs1DataMatrix());
+    scan(3, kNewland, "", kEan13);
+    EXPECT_EQ(honeywell.waitFor(1), std::vector<std::wstring>{b64(gs1DataMatrix())});
+    EXPECT_EQ(newland.waitFor(1), std::vector<std::wstring>{b64(kEan13)});
+}
+
+TEST_F(HidPosReader, TwoScannersAtOnceEachOnItsOwnThread)
+{
+    bed.plug(4, kHoneywell);
+    bed.plug(5, kStandardScanner);
+    CodeSink first, second;
+    auto a = open(4, first);
+    auto b = open(5, second);
+    ASSERT_TRUE(a && b);
+    for (int i = 0; i < 20; ++i) {
+        scan(4, kHoneywell, "]E0", "A" + std::to_string(i));
+        scan(5, kStandardScanner, "]E0", "B" + std::to_string(i));
+    }
+    const auto x = first.waitFor(20), y = second.waitFor(20);
+    ASSERT_EQ(x.size(), 20u);
+    ASSERT_EQ(y.size(), 20u);
+    EXPECT_EQ(x[19], b64("A19"));
+    EXPECT_EQ(y[19], b64("B19"));
+    EXPECT_NE(first.readerThread(), second.readerThread());
+}
+
+TEST_F(HidPosReader, WhatIsNotAScannerDoesNotOpen)
+{
+    bed.plug(6, kMouseDevice);
+    CodeSink sink;
+    EXPECT_FALSE(open(6, sink));  // a mouse
+    EXPECT_FALSE(open(7, sink));  // no such node
+    const auto nodes = HidrawNode::list();
+    ASSERT_EQ(nodes.size(), 1u);
+    EXPECT_EQ(nodes[0].product, "Logitech USB Optical Mouse");
+    EXPECT_FALSE(nodes[0].layout);
+}
+
+TEST_F(HidPosReader, PermissionDeniedFailsTheOpen)
+{
+    bed.plug(8, kStandardScanner);
+    ASSERT_EQ(chmod(bed.nodeFile(8).c_str(), 0), 0);
+    CodeSink sink;
+    bool opened = true;
+    withoutFileCapabilities([&] { opened = static_cast<bool>(open(8, sink)); });
+    EXPECT_FALSE(opened);
+    ASSERT_EQ(chmod(bed.nodeFile(8).c_str(), 0600), 0);
+    EXPECT_TRUE(open(8, sink));  // the same node with access: the refusal was the permission
+}
+
+TEST_F(HidPosReader, UnplugAndReplugUnderAnotherNode)
+{
+    bed.plug(9, kHoneywell);
+    CodeSink sink;
+    auto source = open(9, sink);
+    ASSERT_TRUE(source);
+    scan(9, kHoneywell, "]E0", "before");
+    ASSERT_EQ(sink.waitFor(1).size(), 1u);
+    const pid_t reader = sink.readerThread();
+    const double cpuBefore = threadCpuSeconds(reader);
+
+    bed.unplug(9);
+    std::this_thread::sleep_for(1s);
+    EXPECT_LT(threadCpuSeconds(reader) - cpuBefore, 0.05);  // waiting, not spinning
+
+    bed.plug(10, kStandardScanner);  // another device: not ours
+    bed.plug(11, kHoneywell);        // ours, under another number
+    std::this_thread::sleep_for(700ms);
+    scan(10, kStandardScanner, "]E0", "stranger");
+    scan(11, kHoneywell, "]E0", "after");
+    const auto codes = sink.waitFor(2);
+    ASSERT_EQ(codes.size(), 2u);
+    EXPECT_EQ(codes[1], b64("after"));
+}
+
+TEST_F(HidPosReader, CloseJoinsTheThreadAndClosesTheNode)
+{
+    bed.plug(12, kHoneywell);
+    const size_t fds = openDescriptorCount(), threads = threadCount();
+    {
+        CodeSink sink;
+        auto source = open(12, sink);
+        ASSERT_TRUE(source);
+        EXPECT_EQ(threadCount(), threads + 1);
+    }
+    EXPECT_EQ(threadCount(), threads);
+    // umockdev's own thread serves each open of an emulated node on a socket
+    // of this process and closes its end a moment after the node is closed.
+    for (int i = 0; i < 200 && openDescriptorCount() > fds; ++i)
+        std::this_thread::sleep_for(10ms);
+    EXPECT_EQ(openDescriptorCount(), fds);
+}
