@@ -3,6 +3,7 @@
 #include <map>
 
 #include "input/DeviceNodes.h"
+#include "input/HidrawNode.h"
 #include "input/LineSpeeds.h"
 #include "input/PortFamily.h"
 #include "util/TextUtil.h"
@@ -14,8 +15,7 @@ void LinuxParametersTableBuilder::BuildPortPart()
 {
     std::wstring ports;
     for (const PortFamily& family : kPortFamilies)
-        if (!family.hidPos)
-            ports += GetCOMDevicesList(family);
+        ports += family.hidPos ? GetHidPosDevicesList() : GetCOMDevicesList(family);
     append(L"<Parameter" + attribute(L"Name", L"Port") + attribute(L"Caption", text(L"Порт", L"Port")) +
            attribute(L"TypeValue", L"Number") + attribute(L"DefaultValue", L"0") + L"><ChoiceList>" +
            item(L"0", text(L"Клавиатура", L"Keyboard")) + ports + L"</ChoiceList></Parameter>");
@@ -55,6 +55,19 @@ std::wstring LinuxParametersTableBuilder::GetCOMDevicesList(const PortFamily& fa
     std::wstring list;
     for (const auto& entry : items)
         list += entry.second;
+    return list;
+}
+
+// Named by node and product, e.g. "hidraw0: Honeywell Xenon 1950g"; the
+// product name is blanked of markup like a keyboard device name.
+std::wstring LinuxParametersTableBuilder::GetHidPosDevicesList()
+{
+    std::wstring list;
+    for (const HidrawNode& node : HidrawNode::list())
+        if (node.layout)
+            list += item(int_to_wstr(static_cast<int>(node.portNumber())),
+                         L"hidraw" + int_to_wstr(static_cast<int>(node.number)) + L": " +
+                             ConvertUTF8Input(normalisedDeviceName(node.product).c_str()));
     return list;
 }
 

@@ -16,6 +16,8 @@ public:
 
     // Port items for the family's nodes under /dev.
     std::wstring GetCOMDevicesList(const PortFamily& family);
+    // Port items for the hidraw nodes that are scanners this driver reads.
+    static std::wstring GetHidPosDevicesList();
     std::wstring GetEventDeviceListEnties();
     static std::wstring keyboardItems(const std::vector<std::string>& deviceNames);
 };
