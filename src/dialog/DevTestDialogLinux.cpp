@@ -4,6 +4,7 @@
 #include "dialog/GtkApi.h"
 #include "input/DeviceNodes.h"
 #include "input/InputDeviceComPortFactory.h"
+#include "input/InputDeviceHidPos.h"
 #include "input/InputDeviceKeyboardFactory.h"
 #include "input/PortFamily.h"
 #include "util/CharsetConversion.h"
@@ -135,6 +136,18 @@ void DevTestDialogLinux::DoListenPort(uint32_t port)
         return;
     DeviceSettings settings = ports;
     settings.port = port;
+    const PortFamily* family = portFamilyOf(port);
+    if (family && family->hidPos) {
+        // A HID POS scanner names its symbology: shown beside the source, so
+        // that Copy still takes the code alone.
+        auto scanner = std::make_unique<InputDeviceHidPos>(
+            DataCallback(), settings, [this, name](const std::wstring& data, const std::string& symbology) {
+                OnInput(symbology.empty() ? name : name + L" " + ConvertUTF8Input(symbology.c_str()), data);
+            });
+        if (scanner->start())
+            sources.emplace(name, std::move(scanner));
+        return;
+    }
     Listen(name, InputDeviceComPortFactory(), settings);
 }
 

@@ -132,14 +132,17 @@ void InputDeviceHidPos::readReport()
     auto code = assembler->feed(report.substr(0, static_cast<size_t>(n)));
     if (!code)
         return;
-    if (onScan) {
-        try {
-            onScan(*code);
-        } catch (...) {
-        }
-    }
     const std::string text = raw2Base64(code->data);
-    deliver(std::wstring(text.begin(), text.end()));
+    const std::wstring base64(text.begin(), text.end());
+    if (!onScan) {
+        deliver(base64);
+        return;
+    }
+    try {
+        onScan(base64, code->symbology);
+    } catch (...) {
+        // Nothing may leave the reader's thread.
+    }
 }
 
 // Drains udev's news of hidraw nodes. Removal of ours closes it; any node

@@ -19,12 +19,13 @@ struct udev_monitor;
 // unplugged the reader waits for the same device (vendor, product, serial) to
 // come back, under whatever node number, and reads it again.
 //
-// Thread contract: start() and the destructor on the owner's thread; both
-// callbacks on the reader's thread only.
+// Thread contract: start() and the destructor on the owner's thread; the
+// callback on the reader's thread only.
 class InputDeviceHidPos : public InputDevice {
 public:
-    // Also told the AIM identifier of each code, for displays that show it.
-    using ScanCallback = std::function<void(const ScannedCode&)>;
+    // For displays that show the AIM identifier beside the code: receives
+    // each code's Base64 text with its symbology instead of the data callback.
+    using ScanCallback = std::function<void(const std::wstring& base64, const std::string& symbology)>;
 
     InputDeviceHidPos(DataCallback callback, const DeviceSettings& settings, ScanCallback onScan = nullptr);
     ~InputDeviceHidPos() override;

@@ -1,11 +1,17 @@
-// ravlin-host ports: the serial ports and keyboard devices the driver offers.
+// ravlin-host ports: the serial ports, HID POS scanners and keyboard devices
+// the driver offers, and the HID devices it cannot read with the reason.
+#include <fcntl.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <iostream>
 
 #include "Command.h"
 #include "Session.h"
+#include "input/HidrawNode.h"
 
 namespace {
 
@@ -33,11 +39,36 @@ void printChoices(xmlNodePtr node, const std::string& parameter, const char* hea
     }
 }
 
+// Why Open would fail on a hidraw node, or empty when it would not.
+std::string hidrawProblem(const HidrawNode& node)
+{
+    if (!node.layout)
+        return "not a scanner in HID POS mode (its report descriptor declares none)";
+    const int fd = open(node.devicePath().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        const std::string why = std::strerror(errno);
+        return "cannot be opened: " + why +
+               (errno == EACCES ? " (the udev rule of udev/70-ravlin-hidpos.rules gives the seated user access)" : "");
+    }
+    close(fd);
+    return "";
+}
+
+void printHidrawNodes()
+{
+    std::cout << "HID devices (hidraw):\n";
+    for (const HidrawNode& node : HidrawNode::list()) {
+        const std::string problem = hidrawProblem(node);
+        std::cout << "  " << node.portNumber() << "\t" << node.devicePath() << "\t" << node.product << "\t"
+                  << (problem.empty() ? "HID POS scanner" : problem) << "\n";
+    }
+}
+
 }  // namespace
 
 Command portsCommand()
 {
-    return {"ports", "serial ports (Port values) and keyboard devices the machine offers",
+    return {"ports", "serial ports and HID POS scanners (Port values) and keyboard devices the machine offers",
             [](CLI::App& app) -> std::function<int()> {
                 auto locale = std::make_shared<std::string>();
                 addLocaleOption(app, *locale);
@@ -48,9 +79,10 @@ Command portsCommand()
                                                   "UTF-8", XML_PARSE_NONET);
                     if (!doc)
                         throw std::runtime_error("the driver's document does not parse as XML");
-                    printChoices(xmlDocGetRootElement(doc), "Port", "serial ports (value, name)");
+                    printChoices(xmlDocGetRootElement(doc), "Port", "ports (value, name)");
                     printChoices(xmlDocGetRootElement(doc), "KeyboardDevice", "keyboard devices (KeyboardDevice)");
                     xmlFreeDoc(doc);
+                    printHidrawNodes();
                     return 0;
                 };
             }};
