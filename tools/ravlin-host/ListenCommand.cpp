@@ -7,6 +7,7 @@
 
 #include "Command.h"
 #include "Session.h"
+#include "SymbologyTap.h"
 #include "util/CharsetConversion.h"
 
 namespace {
@@ -38,6 +39,14 @@ int listen(const ListenOptions& o)
     for (const auto& [name, value] : values)
         c.setParameter(name, value);
 
+    // Opened before the device, so that it sees every scan the driver sees.
+    std::optional<uint32_t> port;
+    for (const auto& [name, value] : values)
+        if (name == L"Port" && value.vt == VTYPE_I4)
+            port = static_cast<uint32_t>(value.lVal);
+    SymbologyTap symbologies;
+    const bool tapped = o.json && port && symbologies.start(*port);
+
     const std::wstring id = c.open();
     if (id.empty()) {
         std::cerr << "ravlin-host: Open failed: " << wstr2str(c.call(L"GetLastError").params[0].text) << "\n";
@@ -55,7 +64,7 @@ int listen(const ListenOptions& o)
         const auto e = session.host.connection.waitForEvent(shown + 1, std::chrono::milliseconds(100));
         if (!e)
             continue;
-        std::cout << formatEvent(*e, o.json) << std::endl;
+        std::cout << formatEvent(*e, o.json, tapped ? symbologies.next() : std::nullopt) << std::endl;
         ++shown;
     }
     c.close(id);

@@ -98,7 +98,7 @@ tVariant parseParameter(Component& component, const std::string& assignment, std
     throw std::invalid_argument("unknown parameter \"" + key + "\"; parameters: " + valid);
 }
 
-std::string formatEvent(const HostEvent& event, bool json)
+std::string formatEvent(const HostEvent& event, bool json, const std::optional<std::string>& symbology)
 {
     const auto now = std::chrono::system_clock::now();
     const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
@@ -109,10 +109,13 @@ std::string formatEvent(const HostEvent& event, bool json)
     const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
     char time[80];
     std::snprintf(time, sizeof time, "%s.%03lld", stamp, static_cast<long long>(ms));
-    if (json)
-        return nlohmann::json{{"time", time}, {"source", wstr2str(event.source)}, {"event", wstr2str(event.name)},
-                               {"data", wstr2str(event.data)}}
-            .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    if (json) {
+        nlohmann::json line{{"time", time}, {"source", wstr2str(event.source)}, {"event", wstr2str(event.name)},
+                            {"data", wstr2str(event.data)}};
+        if (symbology)
+            line["symbology"] = *symbology;
+        return line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    }
     return std::string(time) + "  " + wstr2str(event.source) + "  " + wstr2str(event.name) + "  " + wstr2str(event.data);
 }
 

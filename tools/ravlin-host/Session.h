@@ -1,6 +1,7 @@
 #pragma once
 // What every subcommand starts from: the add-in loaded from beside this
 // program, one component created and initialised as the platform does it.
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,8 @@ const std::vector<std::pair<std::string, ParameterKind>>& parameterTable();
 // "Name=Value" typed by the table; std::invalid_argument names what is wrong.
 tVariant parseParameter(Component& component, const std::string& assignment, std::wstring& name);
 
-// One event as a line of text, or as one JSON object.
-std::string formatEvent(const HostEvent& event, bool json);
+// One event as a line of text, or as one JSON object (with the scan's
+// symbology when it is known).
+std::string formatEvent(const HostEvent& event, bool json, const std::optional<std::string>& symbology = std::nullopt);
 // Adds --locale ru|en.
 void addLocaleOption(CLI::App& app, std::string& locale);

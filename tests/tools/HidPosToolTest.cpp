@@ -1,0 +1,37 @@
+// ravlin-host ports on a machine with HID devices: every hidraw node, and why
+// the ones that cannot be read cannot.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "ChildProcess.h"
+#include "HidPosDescriptors.h"
+#include "HidrawTestbed.h"
+#include "input/HidReportDescriptor.h"
+
+using namespace hidpos_descriptors;
+
+TEST(HidPosTool, PortsListsScannersAndSaysWhyANodeCannotBeRead)
+{
+    HidrawTestbed bed;
+    bed.plug(0, {kHoneywellVendorId, 0x0B87, "A", "Honeywell Xenon", kStandardWithByteCount});
+    bed.plug(1, {kNewlandVendorId, 0x0D10, "B", "Newland FM420", kNewlandVendor});
+    bed.plug(2, {0x046D, 0xC077, "", "USB Optical Mouse", kMouse});
+    ASSERT_EQ(chmod(bed.nodeFile(1).c_str(), 0), 0);
+    // Root without the power to override file permissions, as a user is.
+    ChildProcess tool({"/usr/bin/setpriv", "--inh-caps=-dac_override,-dac_read_search",
+                       "--bounding-set=-dac_override,-dac_read_search", RAVLIN_HOST_TOOL, "ports"},
+                      {}, true);
+    std::string out;
+    for (std::string line; !(line = tool.readLine()).empty();)
+        out += line + "\n";
+    EXPECT_EQ(tool.wait(), 0) << out;
+    EXPECT_NE(out.find("  193\thidraw0: Honeywell Xenon\n"), std::string::npos) << out;  // offered as a Port value
+    EXPECT_NE(out.find("  194\thidraw1: Newland FM420\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("  193\t/dev/hidraw0\tHoneywell Xenon\tHID POS scanner\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("  194\t/dev/hidraw1\tNewland FM420\tcannot be opened: Permission denied (the udev rule"),
+              std::string::npos)
+        << out;
+    EXPECT_NE(out.find("  195\t/dev/hidraw2\tUSB Optical Mouse\tnot a scanner in HID POS mode"), std::string::npos)
+        << out;
+    EXPECT_EQ(out.find("195\thidraw2"), std::string::npos) << out;  // the mouse is no Port choice
+}

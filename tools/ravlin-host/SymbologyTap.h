@@ -1,0 +1,32 @@
+#pragma once
+// The AIM identifier of each scan of a HID POS scanner, for `listen --json`.
+// The host's events carry no symbology, so the tool reads the scanner itself:
+// hidraw hands every report to every open of the node, so this second reader
+// sees the same scans, in the same order, as the driver's, and nothing the
+// host sees changes.
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+class InputDeviceHidPos;
+
+class SymbologyTap {
+public:
+    SymbologyTap();
+    ~SymbologyTap();
+
+    // False when the port names no HID POS scanner that can be read.
+    bool start(uint32_t port);
+    // The symbology of the next scan, waiting a moment for this reader to see it.
+    std::optional<std::string> next();
+
+private:
+    std::mutex lock;
+    std::condition_variable arrived;
+    std::deque<std::string> symbologies;
+    std::unique_ptr<InputDeviceHidPos> reader;
+};
