@@ -3,7 +3,10 @@
 // beside the baseline measured in the same run.
 #include <algorithm>
 #include <chrono>
+#include <sys/types.h>
+
 #include <cstdio>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -19,6 +22,17 @@ inline double percentile(std::vector<double> values, double p)
 inline double microseconds(std::chrono::steady_clock::duration d)
 {
     return std::chrono::duration<double, std::micro>(d).count();
+}
+
+// How often a thread of this process has gone to sleep: its wake-ups.
+inline long voluntarySwitches(pid_t tid)
+{
+    std::ifstream status("/proc/self/task/" + std::to_string(tid) + "/status");
+    std::string line;
+    while (std::getline(status, line))
+        if (line.rfind("voluntary_ctxt_switches:", 0) == 0)
+            return std::stol(line.substr(line.find(':') + 1));
+    return -1;
 }
 
 // One row: figure, value, baseline (0 when none), unit.

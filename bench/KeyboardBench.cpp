@@ -17,20 +17,6 @@
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-namespace {
-
-long voluntarySwitches(pid_t tid)
-{
-    std::ifstream status("/proc/self/task/" + std::to_string(tid) + "/status");
-    std::string line;
-    while (std::getline(status, line))
-        if (line.rfind("voluntary_ctxt_switches:", 0) == 0)
-            return std::stol(line.substr(line.find(':') + 1));
-    return -1;
-}
-
-}  // namespace
-
 int main(int argc, char** argv)
 {
     enterPrivateDev(argc, argv);
