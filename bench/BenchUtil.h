@@ -3,12 +3,20 @@
 // beside the baseline measured in the same run.
 #include <algorithm>
 #include <chrono>
+#include <poll.h>
+#include <sys/syscall.h>
 #include <sys/types.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
+
+#include "AddinHost.h"
 
 inline double percentile(std::vector<double> values, double p)
 {
@@ -33,6 +41,41 @@ inline long voluntarySwitches(pid_t tid)
         if (line.rfind("voluntary_ctxt_switches:", 0) == 0)
             return std::stol(line.substr(line.find(':') + 1));
     return -1;
+}
+
+// Wake-ups over `span` of a reader that should be asleep, beside those of a
+// thread that wakes every `baselineTickMs`, measured over the same span.
+inline std::pair<long, long> idleWakeups(pid_t reader, int baselineTickMs, std::chrono::seconds span)
+{
+    const long before = voluntarySwitches(reader);
+    std::atomic<bool> stop{false};
+    std::atomic<pid_t> sleeper{0};
+    std::thread loop([&] {
+        sleeper = static_cast<pid_t>(syscall(SYS_gettid));
+        while (!stop)
+            poll(nullptr, 0, baselineTickMs);
+    });
+    while (sleeper == 0)
+        std::this_thread::yield();
+    const long loopBefore = voluntarySwitches(sleeper);
+    std::this_thread::sleep_for(span);
+    const std::pair<long, long> wakeups{voluntarySwitches(reader) - before, voluntarySwitches(sleeper) - loopBefore};
+    stop = true;
+    loop.join();
+    return wakeups;
+}
+
+// How long Close takes, over open/close cycles of one component.
+inline std::vector<double> closeLatencies(Component& c, int cycles)
+{
+    std::vector<double> latencies;
+    for (int i = 0; i < cycles; ++i) {
+        const std::wstring id = c.open();
+        const auto start = std::chrono::steady_clock::now();
+        c.close(id);
+        latencies.push_back(microseconds(std::chrono::steady_clock::now() - start));
+    }
+    return latencies;
 }
 
 // One row: figure, value, baseline (0 when none), unit.

@@ -3,10 +3,8 @@
 // kind of node, idle wake-ups of the reader, Close latency.
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -104,34 +102,12 @@ int main()
 
     // Idle: the reader sleeps in poll on the node, udev and its wake descriptor;
     // the baseline is the twice-a-second retry loop it would be without udev.
-    const pid_t reader = host.connection.events().at(0).thread;
-    const long before = voluntarySwitches(reader);
-    std::atomic<bool> stop{false};
-    std::atomic<pid_t> sleeper{0};
-    std::thread loop([&] {
-        sleeper = static_cast<pid_t>(syscall(SYS_gettid));
-        while (!stop)
-            poll(nullptr, 0, 500);
-    });
-    while (sleeper == 0)
-        std::this_thread::yield();
-    const long loopBefore = voluntarySwitches(sleeper);
-    std::this_thread::sleep_for(5s);
-    const long readerWakeups = voluntarySwitches(reader) - before;
-    const long loopWakeups = voluntarySwitches(sleeper) - loopBefore;
-    stop = true;
-    loop.join();
+    const auto [readerWakeups, loopWakeups] = idleWakeups(host.connection.events().at(0).thread, 500, 5s);
     report("idle wake-ups of the reader in 5 s", static_cast<double>(readerWakeups),
            static_cast<double>(loopWakeups), "", "500 ms poll loop");
     c.close(id);
 
-    std::vector<double> closeLatency;
-    for (int i = 0; i < 1000; ++i) {
-        id = c.open();
-        const auto start = Clock::now();
-        c.close(id);
-        closeLatency.push_back(microseconds(Clock::now() - start));
-    }
+    const std::vector<double> closeLatency = closeLatencies(c, 1000);
     report("Close latency p50", percentile(closeLatency, 50), 0, "us");
     report("Close latency p99", percentile(closeLatency, 99), 0, "us");
     IComponentBase* o = c.object();

@@ -1,11 +1,8 @@
 // Keyboard path figures: key-to-event latency, idle wake-ups of the reader
 // against a 1 ms sleep loop, and Close latency.
 #include <X11/keysym.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <fstream>
 #include <thread>
 
 #include "BenchUtil.h"
@@ -46,34 +43,12 @@ int main(int argc, char** argv)
     report("key-to-event latency p99", percentile(latency, 99), 0, "us");
 
     // Idle: the reader sleeps in poll; the baseline is a 1 ms sleep loop.
-    const pid_t reader = host.connection.events().at(0).thread;
-    const long before = voluntarySwitches(reader);
-    std::atomic<bool> stop{false};
-    std::atomic<pid_t> sleeper{0};
-    std::thread loop([&] {
-        sleeper = static_cast<pid_t>(syscall(SYS_gettid));
-        while (!stop)
-            std::this_thread::sleep_for(1ms);
-    });
-    while (sleeper == 0)
-        std::this_thread::yield();
-    const long loopBefore = voluntarySwitches(sleeper);
-    std::this_thread::sleep_for(5s);
-    const long readerWakeups = voluntarySwitches(reader) - before;
-    const long loopWakeups = voluntarySwitches(sleeper) - loopBefore;
-    stop = true;
-    loop.join();
+    const auto [readerWakeups, loopWakeups] = idleWakeups(host.connection.events().at(0).thread, 1, 5s);
     report("idle wake-ups of the reader in 5 s", static_cast<double>(readerWakeups),
            static_cast<double>(loopWakeups), "", "1 ms sleep loop");
     c.close(id);
 
-    std::vector<double> closeLatency;
-    for (int i = 0; i < 200; ++i) {
-        id = c.open();
-        const auto start = Clock::now();
-        c.close(id);
-        closeLatency.push_back(microseconds(Clock::now() - start));
-    }
+    const std::vector<double> closeLatency = closeLatencies(c, 200);
     report("keyboard Close latency p50", percentile(closeLatency, 50), 0, "us");
     report("keyboard Close latency p99", percentile(closeLatency, 99), 0, "us");
     IComponentBase* o = c.object();

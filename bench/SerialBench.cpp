@@ -89,13 +89,7 @@ int main(int argc, char** argv)
     report("scan latency p99", percentile(scanLatency, 99), percentile(floor, 99), "us", "bare read p99");
 
     // Close latency over open/close cycles; a one-second polling loop shows as ~500 ms.
-    std::vector<double> closeLatency;
-    for (int i = 0; i < 1000; ++i) {
-        id = c.open();
-        const auto start = Clock::now();
-        c.close(id);
-        closeLatency.push_back(microseconds(Clock::now() - start));
-    }
+    const std::vector<double> closeLatency = closeLatencies(c, 1000);
     report("Close latency p50", percentile(closeLatency, 50), 0, "us");
     report("Close latency p99", percentile(closeLatency, 99), 0, "us");
 
