@@ -1,7 +1,6 @@
 #include "input/InputDeviceHidPos.h"
 
 #include <fcntl.h>
-#include <libudev.h>
 #include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,6 +18,8 @@ namespace {
 // that appears but cannot be opened yet (udev still setting its permissions)
 // costs two attempts a second, not a spin.
 constexpr auto kReopenInterval = std::chrono::milliseconds(500);
+// The kernel announces a removal before it takes the device out of sysfs.
+constexpr auto kSecondLookDelay = std::chrono::milliseconds(100);
 
 bool nodeStillPresent(const HidrawNode& node)
 {
@@ -37,10 +38,6 @@ InputDeviceHidPos::~InputDeviceHidPos()
 {
     thread.stop();
     closeNode();
-    if (monitor)
-        udev_monitor_unref(monitor);
-    if (udevContext)
-        udev_unref(udevContext);
 }
 
 bool InputDeviceHidPos::start()
@@ -48,25 +45,11 @@ bool InputDeviceHidPos::start()
     const auto node = HidrawNode::ofPort(settings.port);
     if (!node || !node->layout || !openNode(*node))
         return false;
-    watchUdev();
     if (!thread.start([this] { run(); })) {
         closeNode();
         return false;
     }
     return true;
-}
-
-// Unplugging is heard from udev; without it, only from the node itself.
-void InputDeviceHidPos::watchUdev()
-{
-    udevContext = udev_new();
-    if (!udevContext || !(monitor = udev_monitor_new_from_netlink(udevContext, "udev")))
-        return;
-    if (udev_monitor_filter_add_match_subsystem_devtype(monitor, "hidraw", nullptr) < 0 ||
-        udev_monitor_enable_receiving(monitor) < 0) {
-        udev_monitor_unref(monitor);
-        monitor = nullptr;
-    }
 }
 
 bool InputDeviceHidPos::openNode(const HidrawNode& node)
@@ -94,26 +77,32 @@ void InputDeviceHidPos::closeNode()
 
 void InputDeviceHidPos::run()
 {
-    enum { MonitorSlot, NodeSlot, SlotCount };
+    enum { WatchSlot, NodeSlot, SlotCount };
     for (;;) {
         std::array<pollfd, SlotCount> fds{};
-        fds[MonitorSlot] = {monitor ? udev_monitor_get_fd(monitor) : -1, POLLIN, 0};
+        fds[WatchSlot] = {watch.fd(), POLLIN, 0};
         fds[NodeSlot] = {fd, POLLIN, 0};
-        // Only a scanner that went away with a retry due needs a time-out; a
-        // present one, or an absent one udev has not announced, is waited for
-        // without any.
+        // Only a retry or a second look that is due needs a time-out; a
+        // scanner being read, or one gone that udev has not announced back,
+        // is waited for without any.
         int timeoutMs = -1;
-        if (retryPending()) {
-            const auto due = lastAttempt + kReopenInterval - std::chrono::steady_clock::now();
+        if (const auto deadline = nextDeadline()) {
+            const auto due = *deadline - Clock::now();
             timeoutMs = std::max<int>(0, std::chrono::duration_cast<std::chrono::milliseconds>(due).count() + 1);
         }
         if (!thread.wait(fds, timeoutMs))
             return;
-        if (fds[MonitorSlot].revents & POLLIN)
-            watchEvents();
+        if ((fds[WatchSlot].revents & POLLIN) && watch.changed())
+            nodesChanged();
         if (fd >= 0 && fds[NodeSlot].revents)
             readReport();
-        if (retryPending() && std::chrono::steady_clock::now() >= lastAttempt + kReopenInterval)
+        const auto now = Clock::now();
+        if (secondLook && now >= *secondLook) {
+            secondLook.reset();
+            if (fd >= 0 && !nodeStillPresent(device))
+                lost();
+        }
+        if (retryPending() && now >= lastAttempt + kReopenInterval)
             tryReopen();
     }
 }
@@ -124,9 +113,7 @@ void InputDeviceHidPos::readReport()
     if (n < 0 && (errno == EAGAIN || errno == EINTR))
         return;
     if (n <= 0) {
-        // The device went away (ENODEV, EIO, end of file).
-        closeNode();
-        reopenWanted = true;
+        lost();  // ENODEV, EIO, end of file
         return;
     }
     auto code = assembler->feed(report.substr(0, static_cast<size_t>(n)));
@@ -145,21 +132,29 @@ void InputDeviceHidPos::readReport()
     }
 }
 
-// Drains udev's news of hidraw nodes. Removal of ours closes it; any node
-// appearing while ours is gone may be ours back.
-void InputDeviceHidPos::watchEvents()
+// A hidraw node came or went: ours may be gone (an open node of a scanner
+// pulled out need not report it), or back under another number.
+void InputDeviceHidPos::nodesChanged()
 {
-    while (udev_device* event = udev_monitor_receive_device(monitor)) {
-        const char* action = udev_device_get_action(event);
-        const char* node = udev_device_get_devnode(event);
-        if (fd >= 0 && action && std::strcmp(action, "remove") == 0 && node && device.devicePath() == node)
-            closeNode();
-        udev_device_unref(event);
-    }
-    if (fd >= 0 && !nodeStillPresent(device))
-        closeNode();
     if (fd < 0)
         reopenWanted = true;
+    else if (!nodeStillPresent(device))
+        lost();
+    else
+        secondLook = Clock::now() + kSecondLookDelay;  // udev may speak before sysfs is updated
+}
+
+void InputDeviceHidPos::lost()
+{
+    closeNode();
+    reopenWanted = true;
+}
+
+std::optional<InputDeviceHidPos::Clock::time_point> InputDeviceHidPos::nextDeadline() const
+{
+    if (retryPending())
+        return lastAttempt + kReopenInterval;
+    return secondLook;
 }
 
 void InputDeviceHidPos::tryReopen()

@@ -5,13 +5,11 @@
 #include <string>
 
 #include "input/DeviceSettings.h"
+#include "input/DeviceWatch.h"
 #include "input/HidPosAssembler.h"
 #include "input/HidrawNode.h"
 #include "input/InputDevice.h"
 #include "util/ReaderThread.h"
-
-struct udev;
-struct udev_monitor;
 
 // Reads a USB scanner in its HID point-of-sale mode from /dev/hidrawN on its
 // own thread. Each report chain is one code, delivered like a serial code
@@ -39,10 +37,13 @@ private:
     bool openNode(const HidrawNode& node);
     void closeNode();
     void readReport();
-    void watchEvents();
+    void nodesChanged();
+    void lost();
     void tryReopen();
-    void watchUdev();
-    bool retryPending() const { return fd < 0 && (reopenWanted || !monitor); }
+    // Without udev a scanner that went away is looked for on a timer.
+    bool retryPending() const { return fd < 0 && (reopenWanted || watch.fd() < 0); }
+    using Clock = std::chrono::steady_clock;
+    std::optional<Clock::time_point> nextDeadline() const;
 
     const DeviceSettings settings;
     const ScanCallback onScan;
@@ -50,9 +51,9 @@ private:
     HidrawNode device;  // the scanner being read, as it was last seen
     std::optional<HidPosAssembler> assembler;
     std::string report;
-    udev* udevContext = nullptr;
-    udev_monitor* monitor = nullptr;
+    DeviceWatch watch{"hidraw"};
     bool reopenWanted = false;
-    std::chrono::steady_clock::time_point lastAttempt;
+    Clock::time_point lastAttempt;
+    std::optional<Clock::time_point> secondLook;  // check once more that the node is still there
     ReaderThread thread;
 };

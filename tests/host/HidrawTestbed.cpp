@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace {
@@ -68,7 +69,8 @@ void HidrawTestbed::plug(unsigned number, const Device& d)
 
 void HidrawTestbed::unplug(unsigned number)
 {
-    // The kernel announces the removal of the node; umockdev leaves that to the test.
+    // udev tells of the removal (umockdev leaves that to the test), as the
+    // kernel does just before the device leaves sysfs.
     umockdev_testbed_uevent(testbed, hidrawPaths.at(number).c_str(), "remove");
     umockdev_testbed_remove_device(testbed, usbPath(number).c_str());
     hidrawPaths.erase(number);
@@ -87,4 +89,12 @@ std::string HidrawTestbed::nodeFile(unsigned number) const
     const std::string path = std::string(root) + "/dev/hidraw" + std::to_string(number);
     g_free(root);
     return path;
+}
+
+std::string HidrawTestbed::nodeTarget(unsigned number) const
+{
+    char* resolved = realpath(nodeFile(number).c_str(), nullptr);
+    const std::string target = resolved ? resolved : "";
+    std::free(resolved);
+    return target;
 }

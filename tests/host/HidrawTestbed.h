@@ -33,6 +33,8 @@ public:
     void send(unsigned number, const std::string& reports);
     // The node's file in the testbed, e.g. to take its permissions away.
     std::string nodeFile(unsigned number) const;
+    // What the node is underneath (a pseudo-terminal), as /proc/self/fd shows it.
+    std::string nodeTarget(unsigned number) const;
 
 private:
     std::string usbPath(unsigned number) const;

@@ -5,6 +5,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <thread>
 
 #include "CodeSink.h"
@@ -59,6 +60,17 @@ protected:
 
     HidrawTestbed bed;
 };
+
+// Whether a descriptor of this process is open on the file.
+bool openInThisProcess(const std::string& file)
+{
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code error;
+        if (std::filesystem::read_symlink(entry.path(), error) == file)
+            return true;
+    }
+    return false;
+}
 
 // Drops this thread's power to open files regardless of their permissions,
 // as an ordinary user has none; the rest of the process keeps it.
@@ -173,7 +185,14 @@ TEST_F(HidPosReader, UnplugAndReplugUnderAnotherNode)
     const pid_t reader = sink.readerThread();
     const double cpuBefore = threadCpuSeconds(reader);
 
+    const std::string node = bed.nodeTarget(9);
+    ASSERT_TRUE(openInThisProcess(node));
     bed.unplug(9);
+    // Closed on udev's word: an emulated node, like some real ones, never
+    // reports its removal to a reader.
+    for (int i = 0; i < 200 && openInThisProcess(node); ++i)
+        std::this_thread::sleep_for(10ms);
+    EXPECT_FALSE(openInThisProcess(node));
     std::this_thread::sleep_for(1s);
     EXPECT_LT(threadCpuSeconds(reader) - cpuBefore, 0.05);  // waiting, not spinning
 
