@@ -94,7 +94,9 @@ void InputDeviceHidPos::run()
             return;
         if ((fds[WatchSlot].revents & POLLIN) && watch.changed())
             nodesChanged();
-        if (fd >= 0 && fds[NodeSlot].revents)
+        if (fd >= 0 && (fds[NodeSlot].revents & (POLLERR | POLLHUP | POLLNVAL)))
+            lost();  // unplugged: a kernel node says so at once
+        else if (fd >= 0 && (fds[NodeSlot].revents & POLLIN))
             readReport();
         const auto now = Clock::now();
         if (secondLook && now >= *secondLook) {
