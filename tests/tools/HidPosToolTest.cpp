@@ -5,8 +5,11 @@
 
 #include "ChildProcess.h"
 #include "HidPosDescriptors.h"
+#include "HidPosReports.h"
 #include "HidrawTestbed.h"
+#include "SymbologyTap.h"
 #include "input/HidReportDescriptor.h"
+#include "input/PortFamily.h"
 
 using namespace hidpos_descriptors;
 
@@ -34,4 +37,28 @@ TEST(HidPosTool, PortsListsScannersAndSaysWhyANodeCannotBeRead)
     EXPECT_NE(out.find("  195\t/dev/hidraw2\tUSB Optical Mouse\tnot a scanner in HID POS mode"), std::string::npos)
         << out;
     EXPECT_EQ(out.find("195\thidraw2"), std::string::npos) << out;  // the mouse is no Port choice
+}
+
+// listen --json takes each scan's symbology from a reader of its own; alone on
+// an emulated node (which, unlike a kernel one, hands each report to only one
+// reader) it gives them in order.
+TEST(HidPosTool, SymbologyTapGivesEachScansSymbologyInOrder)
+{
+    HidrawTestbed bed;
+    const HidrawTestbed::Device scanner{kHoneywellVendorId, 0x0B87, "T", "Honeywell Xenon", kStandardWithByteCount};
+    bed.plug(0, scanner);
+    SymbologyTap tap;
+    ASSERT_TRUE(tap.start(kHidPosFamily.base));
+    EXPECT_EQ(tap.next(), std::nullopt);  // nothing scanned yet
+    const HidPosLayout layout = *parseHidPosLayout(scanner.descriptor, scanner.vendorId);
+    std::string stream;
+    for (const auto& [aim, code] : {std::pair("]E0", "4006381333931"), std::pair("]d2", "0104600439931256")})
+        for (const std::string& r : reportsFor(layout, aim, code))
+            stream += r;
+    bed.send(0, stream);
+    EXPECT_EQ(tap.next(std::chrono::seconds(10)), std::optional<std::string>("]E0"));
+    EXPECT_EQ(tap.next(std::chrono::seconds(10)), std::optional<std::string>("]d2"));
+
+    SymbologyTap serial;
+    EXPECT_FALSE(serial.start(129));  // a serial port has no symbology to give
 }

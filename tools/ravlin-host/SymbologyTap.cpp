@@ -1,7 +1,5 @@
 #include "SymbologyTap.h"
 
-#include <chrono>
-
 #include "input/InputDeviceHidPos.h"
 
 SymbologyTap::SymbologyTap() = default;
@@ -24,10 +22,10 @@ bool SymbologyTap::start(uint32_t port)
     return true;
 }
 
-std::optional<std::string> SymbologyTap::next()
+std::optional<std::string> SymbologyTap::next(std::chrono::milliseconds patience)
 {
     std::unique_lock<std::mutex> guard(lock);
-    if (!reader || !arrived.wait_for(guard, std::chrono::milliseconds(200), [&] { return !symbologies.empty(); }))
+    if (!reader || !arrived.wait_for(guard, patience, [&] { return !symbologies.empty(); }))
         return std::nullopt;
     std::string symbology = std::move(symbologies.front());
     symbologies.pop_front();

@@ -4,6 +4,7 @@
 // hidraw hands every report to every open of the node, so this second reader
 // sees the same scans, in the same order, as the driver's, and nothing the
 // host sees changes.
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -21,8 +22,9 @@ public:
 
     // False when the port names no HID POS scanner that can be read.
     bool start(uint32_t port);
-    // The symbology of the next scan, waiting a moment for this reader to see it.
-    std::optional<std::string> next();
+    // The symbology of the next scan, waiting up to `patience` for this reader
+    // to see it (the driver's reader may have been the quicker).
+    std::optional<std::string> next(std::chrono::milliseconds patience = std::chrono::milliseconds(200));
 
 private:
     std::mutex lock;
