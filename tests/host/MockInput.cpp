@@ -1,0 +1,184 @@
+#include "MockInput.h"
+
+#include <poll.h>
+#include <umockdev.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <stdexcept>
+
+namespace {
+
+std::string syspath(const MockKeyboard& k)
+{
+    const std::string n = std::to_string(k.event);
+    if (k.usbIds.empty())
+        return "/devices/platform/i8042/serio0/input/input" + n + "/event" + n;
+    return "/devices/pci0000:00/0000:00:14.0/usb1/1-" + n + "/1-" + n + ":1.0/input/input" + n + "/event" + n;
+}
+
+std::string parentOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
+
+// The description umockdev-record would write: the event node, then its input
+// device, then (for a USB one) the USB device.
+std::string description(const MockKeyboard& k)
+{
+    const std::string n = std::to_string(k.event);
+    const std::string node = syspath(k);
+    const std::string vendor = k.usbIds.empty() ? "0001" : k.usbIds.substr(0, 4);
+    const std::string product = k.usbIds.empty() ? "0001" : k.usbIds.substr(5, 4);
+    std::string text = "P: " + node + "\nN: input/event" + n + "\nE: DEVNAME=/dev/input/event" + n +
+                       "\nE: SUBSYSTEM=input\nE: ID_INPUT=1\nE: ID_INPUT_KEY=1\nE: ID_INPUT_KEYBOARD=1\n"
+                       "A: dev=13:" + std::to_string(64 + k.event) + "\n\n";
+    text += "P: " + parentOf(node) + "\nE: SUBSYSTEM=input\nE: NAME=\"" + k.name + "\"\nA: name=" + k.name +
+            "\nA: id/bustype=" + (k.usbIds.empty() ? "0011" : "0003") + "\nA: id/vendor=" + vendor +
+            "\nA: id/product=" + product + "\n\n";
+    if (!k.usbIds.empty()) {
+        const std::string usb = parentOf(parentOf(parentOf(parentOf(node))));
+        text += "P: " + usb + "\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\nA: idVendor=" + vendor +
+                "\nA: idProduct=" + product + "\n";
+    }
+    return text;
+}
+
+struct KeyOf {
+    char c;
+    int code;
+    bool shift;
+};
+
+// A US keyboard's keys for the characters the tests type.
+const KeyOf kKeys[] = {
+    {'1', KEY_1, false}, {'2', KEY_2, false}, {'3', KEY_3, false}, {'4', KEY_4, false},
+    {'5', KEY_5, false}, {'6', KEY_6, false}, {'7', KEY_7, false}, {'8', KEY_8, false},
+    {'9', KEY_9, false}, {'0', KEY_0, false}, {'-', KEY_MINUS, false}, {'=', KEY_EQUAL, false},
+    {'[', KEY_LEFTBRACE, false}, {']', KEY_RIGHTBRACE, false}, {';', KEY_SEMICOLON, false},
+    {'\'', KEY_APOSTROPHE, false}, {'`', KEY_GRAVE, false}, {'\\', KEY_BACKSLASH, false},
+    {',', KEY_COMMA, false}, {'.', KEY_DOT, false}, {'/', KEY_SLASH, false}, {' ', KEY_SPACE, false},
+    {'\r', KEY_ENTER, false}, {'\t', KEY_TAB, false},
+    {'!', KEY_1, true}, {'@', KEY_2, true}, {'#', KEY_3, true}, {'$', KEY_4, true},
+    {'%', KEY_5, true}, {'^', KEY_6, true}, {'&', KEY_7, true}, {'*', KEY_8, true},
+    {'(', KEY_9, true}, {')', KEY_0, true}, {'_', KEY_MINUS, true}, {'+', KEY_EQUAL, true},
+    {'{', KEY_LEFTBRACE, true}, {'}', KEY_RIGHTBRACE, true}, {':', KEY_SEMICOLON, true},
+    {'"', KEY_APOSTROPHE, true}, {'~', KEY_GRAVE, true}, {'|', KEY_BACKSLASH, true},
+    {'<', KEY_COMMA, true}, {'>', KEY_DOT, true}, {'?', KEY_SLASH, true},
+};
+
+const int kLetters[] = {KEY_A, KEY_B, KEY_C, KEY_D, KEY_E, KEY_F, KEY_G, KEY_H, KEY_I,
+                        KEY_J, KEY_K, KEY_L, KEY_M, KEY_N, KEY_O, KEY_P, KEY_Q, KEY_R,
+                        KEY_S, KEY_T, KEY_U, KEY_V, KEY_W, KEY_X, KEY_Y, KEY_Z};
+
+}  // namespace
+
+MockKeyboard honeywellScanner(int event)
+{
+    return {event, "Honeywell Imaging & Mobility 1950g", "0c2e:0b61"};
+}
+
+MockKeyboard atKeyboard(int event) { return {event, "AT Translated Set 2 keyboard", ""}; }
+
+std::string nodePath(const MockKeyboard& keyboard) { return "/dev/input/event" + std::to_string(keyboard.event); }
+
+input_event keyEvent(int code, int value)
+{
+    input_event e{};
+    e.type = EV_KEY;
+    e.code = static_cast<unsigned short>(code);
+    e.value = value;
+    return e;
+}
+
+input_event synEvent(int code)
+{
+    input_event e{};
+    e.type = EV_SYN;
+    e.code = static_cast<unsigned short>(code);
+    return e;
+}
+
+MockInput::MockInput() : testbed(umockdev_testbed_new())
+{
+    if (!umockdev_in_mock_environment())
+        throw std::runtime_error("run this program under umockdev-wrapper");
+}
+
+MockInput::~MockInput() { g_object_unref(testbed); }
+
+void MockInput::plug(const MockKeyboard& keyboard)
+{
+    GError* error = nullptr;
+    if (!umockdev_testbed_add_from_string(testbed, description(keyboard).c_str(), &error)) {
+        const std::string message = error ? error->message : "?";
+        g_clear_error(&error);
+        throw std::runtime_error("umockdev: " + message);
+    }
+}
+
+void MockInput::unplug(const MockKeyboard& keyboard)
+{
+    const std::string node = "/sys" + syspath(keyboard);
+    umockdev_testbed_uevent(testbed, node.c_str(), "remove");
+    umockdev_testbed_remove_device(testbed, node.c_str());
+}
+
+void MockInput::send(const MockKeyboard& keyboard, const std::vector<input_event>& events)
+{
+    const int fd = umockdev_testbed_get_dev_fd(testbed, nodePath(keyboard).c_str());
+    if (fd < 0)
+        throw std::runtime_error("no node " + nodePath(keyboard));
+    const char* bytes = reinterpret_cast<const char*>(events.data());
+    size_t left = events.size() * sizeof(input_event);
+    while (left > 0) {
+        const ssize_t n = write(fd, bytes, left);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0 && errno == EAGAIN) {
+            // The reader has not caught up yet: wait for room.
+            pollfd room = {fd, POLLOUT, 0};
+            poll(&room, 1, -1);
+            continue;
+        }
+        if (n <= 0)
+            throw std::runtime_error("write to the node's testbed side failed");
+        bytes += n;
+        left -= static_cast<size_t>(n);
+    }
+}
+
+void MockInput::type(const MockKeyboard& keyboard, const std::vector<int>& keys)
+{
+    std::vector<input_event> events;
+    for (int key : keys) {
+        const int code = key < 0 ? -key : key;
+        if (key < 0)
+            events.insert(events.end(), {keyEvent(KEY_LEFTSHIFT, 1), synEvent()});
+        events.insert(events.end(), {keyEvent(code, 1), synEvent(), keyEvent(code, 0), synEvent()});
+        if (key < 0)
+            events.insert(events.end(), {keyEvent(KEY_LEFTSHIFT, 0), synEvent()});
+    }
+    send(keyboard, events);
+}
+
+std::vector<int> MockInput::keysOf(const std::string& text)
+{
+    std::vector<int> keys;
+    for (char c : text) {
+        if (std::isalpha(static_cast<unsigned char>(c))) {
+            const int code = kLetters[std::tolower(static_cast<unsigned char>(c)) - 'a'];
+            keys.push_back(std::isupper(static_cast<unsigned char>(c)) ? -code : code);
+            continue;
+        }
+        bool found = false;
+        for (const KeyOf& k : kKeys)
+            if (k.c == c) {
+                keys.push_back(k.shift ? -k.code : k.code);
+                found = true;
+                break;
+            }
+        if (!found)
+            throw std::runtime_error(std::string("no US key types ") + c);
+    }
+    return keys;
+}
