@@ -5,6 +5,7 @@
 
 #include "input/DeviceSettings.h"
 #include "input/InputDevice.h"
+#include "input/KeyFramer.h"
 #include "util/ReaderThread.h"
 
 typedef struct _XDisplay Display;
@@ -33,15 +34,14 @@ private:
     bool bindDevice(int id);
     void unbind();
     bool selectHierarchyEvents();
-    void handleNextEvent(std::string& code);
-    void handleKeyPress(unsigned keycode, unsigned mods, std::string& code);
+    void handleNextEvent();
+    void handleKeyPress(unsigned keycode, unsigned mods);
     bool focusBelongsToOtherProcess();
     bool connectionLost();
     bool waitForX();
 
     const DeviceSettings settings;
-    const char suffix;
-    const unsigned long gsKeysym;
+    KeyFramer framer;  // used by the reader only
     Display* display = nullptr;
     unsigned long root = 0;
     uint32_t pidAtom = 0;  // _NET_WM_PID, 0 until the server has it
