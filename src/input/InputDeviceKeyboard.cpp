@@ -81,6 +81,26 @@ bool InputDeviceKeyboard::start()
     return thread.start([this] { ReadThread(); });
 }
 
+bool InputDeviceKeyboard::serverShows(const std::string& deviceName)
+{
+    Display* display = XOpenDisplay(nullptr);
+    if (!display)
+        return false;
+    int opcode = 0, event = 0, error = 0;
+    bool shown = false;
+    if (!XQueryExtension(display, "XWAYLAND", &opcode, &event, &error) &&
+        XQueryExtension(display, "XInputExtension", &opcode, &event, &error)) {
+        int count = 0;
+        XDeviceInfo* devices = XListInputDevices(display, &count);
+        for (int i = 0; i < count; ++i)
+            shown = shown || normalisedDeviceName(devices[i].name ? devices[i].name : "") == deviceName;
+        if (devices)
+            XFreeDeviceList(devices);
+    }
+    XCloseDisplay(display);
+    return shown;
+}
+
 // Binds the last listed device of the configured name. The bound device stays
 // bound while it exists: a second scanner of the same name, or a lingering
 // node of one that re-enumerated, must not take its grab away. A name found

@@ -25,6 +25,10 @@ public:
 
     // Connects, binds the named device and starts the reader.
     bool start();
+    // Whether the default display's server shows the named device itself: it
+    // is reachable, is not Xwayland (which shows its clients virtual keyboards
+    // only) and lists a device of that name.
+    static bool serverShows(const std::string& deviceName);
     // The X Input id of the bound device; -1 while none of that name exists.
     long boundDeviceId() const { return deviceId; }
 
