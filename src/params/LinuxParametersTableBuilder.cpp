@@ -59,7 +59,7 @@ std::wstring LinuxParametersTableBuilder::GetCOMDevicesList(const PortFamily& fa
 
 std::wstring LinuxParametersTableBuilder::GetEventDeviceListEnties()
 {
-    return keyboardItems(listKeyboardDeviceNames());
+    return keyboardItems(listKeyboardChoices());
 }
 
 // A device name is the value the KeyboardDevice setting stores; markup and

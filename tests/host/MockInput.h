@@ -42,6 +42,11 @@ public:
     // program holds it (umockdev's ioctl emulation answers for the node).
     void holdElsewhere(const MockKeyboard& keyboard);
 
+    // Lets every user into the testbed (umockdev's sockets included) but
+    // leaves the event nodes to root, as nodes are without a rule giving the
+    // seat's user access.
+    void nodesForRootOnly();
+
     // Writes events to the node as the kernel would deliver them.
     void send(const MockKeyboard& keyboard, const std::vector<input_event>& events);
     // Presses and releases each key (with SYN_REPORT after each), holding

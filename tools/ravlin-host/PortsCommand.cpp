@@ -6,6 +6,7 @@
 
 #include "Command.h"
 #include "Session.h"
+#include "input/EvdevKeyboards.h"
 
 namespace {
 
@@ -33,6 +34,19 @@ void printChoices(xmlNodePtr node, const std::string& parameter, const char* hea
     }
 }
 
+// The kernel's keyboards, which the driver reads where X does not show them,
+// and whether this user could open one now.
+void printKernelKeyboards()
+{
+    std::cout << "kernel keyboards (node, KeyboardDevice, ids, can open):\n";
+    for (const EvdevKeyboard& keyboard : listEvdevKeyboards()) {
+        const std::string why = whyNotOpenable(keyboard);
+        std::cout << "  " << keyboard.node << "\t" << keyboard.name << "\t"
+                  << (keyboard.ids.empty() ? "-" : keyboard.ids) << "\t" << (why.empty() ? "yes" : "no: " + why)
+                  << "\n";
+    }
+}
+
 }  // namespace
 
 Command portsCommand()
@@ -51,6 +65,7 @@ Command portsCommand()
                     printChoices(xmlDocGetRootElement(doc), "Port", "serial ports (value, name)");
                     printChoices(xmlDocGetRootElement(doc), "KeyboardDevice", "keyboard devices (KeyboardDevice)");
                     xmlFreeDoc(doc);
+                    printKernelKeyboards();
                     return 0;
                 };
             }};
