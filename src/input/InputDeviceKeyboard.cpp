@@ -81,24 +81,28 @@ bool InputDeviceKeyboard::start()
     return thread.start([this] { ReadThread(); });
 }
 
+// Xwayland names its devices "xwayland-pointer:N", "xwayland-keyboard:N"...;
+// newer ones also offer an XWAYLAND extension, Debian 12's does not.
 bool InputDeviceKeyboard::serverShows(const std::string& deviceName)
 {
     Display* display = XOpenDisplay(nullptr);
     if (!display)
         return false;
     int opcode = 0, event = 0, error = 0;
-    bool shown = false;
-    if (!XQueryExtension(display, "XWAYLAND", &opcode, &event, &error) &&
-        XQueryExtension(display, "XInputExtension", &opcode, &event, &error)) {
+    bool shown = false, xwayland = XQueryExtension(display, "XWAYLAND", &opcode, &event, &error);
+    if (!xwayland && XQueryExtension(display, "XInputExtension", &opcode, &event, &error)) {
         int count = 0;
         XDeviceInfo* devices = XListInputDevices(display, &count);
-        for (int i = 0; i < count; ++i)
-            shown = shown || normalisedDeviceName(devices[i].name ? devices[i].name : "") == deviceName;
+        for (int i = 0; i < count; ++i) {
+            const std::string name = devices[i].name ? devices[i].name : "";
+            xwayland = xwayland || name.rfind("xwayland-", 0) == 0;
+            shown = shown || normalisedDeviceName(name) == deviceName;
+        }
         if (devices)
             XFreeDeviceList(devices);
     }
     XCloseDisplay(display);
-    return shown;
+    return shown && !xwayland;
 }
 
 // Binds the last listed device of the configured name. The bound device stays

@@ -1,10 +1,14 @@
 // A keyboard-mode scanner on a kernel event device, through the add-in and
 // through ravlin-host, with no X server or one that does not show it.
 #include <gtest/gtest.h>
+// After gtest: X defines None.
+#include <X11/extensions/XInput.h>
 
 #include "ChildProcess.h"
 #include "MockInput.h"
 #include "TestHost.h"
+#include "WestonXwayland.h"
+#include "XClient.h"
 #include "XvfbServer.h"
 #include "util/CharsetConversion.h"
 
@@ -142,4 +146,40 @@ TEST(EvdevEvents, UdevRuleForAScannerByNameOrIds)
     EXPECT_NE(out.find("is not a USB device"), std::string::npos) << out;
     std::tie(out, status) = ChildProcess::run({kTool, "udev-rule", "nothing"});
     EXPECT_EQ(status, 1);
+}
+
+TEST(EvdevEvents, UnderXwaylandTheScannerIsReadFromTheKernel)
+{
+    WestonXwayland session;
+    MockInput devices;
+    const MockKeyboard scanner = honeywellScanner();
+    devices.plug(scanner);
+
+    // X shows its clients Xwayland's virtual keyboard only, which must never be grabbed.
+    XClient x;
+    std::string virtualKeyboard;
+    int count = 0;
+    XDeviceInfo* listed = XListInputDevices(x.display(), &count);
+    for (int i = 0; i < count; ++i)
+        if (std::string(listed[i].name).rfind("xwayland-keyboard", 0) == 0)
+            virtualKeyboard = listed[i].name;
+    XFreeDeviceList(listed);
+    ASSERT_FALSE(virtualKeyboard.empty()) << "Xwayland lists no keyboard of its own";
+    const int virtualId = x.devicesNamed(virtualKeyboard).at(0);
+
+    TestHost host;
+    Component c = host.create(L"InputDevice");
+    ASSERT_TRUE(c.setParameter(L"Port", intVar(0)));
+    ASSERT_TRUE(c.setParameter(L"KeyboardDevice", c.str(str2wstr(virtualKeyboard))));
+    EXPECT_EQ(c.open(), L"");
+    EXPECT_TRUE(x.grabSucceeds(virtualId)) << "the user's keyboard stays free";
+
+    ASSERT_TRUE(c.setParameter(L"KeyboardDevice", c.str(kScannerName)));
+    const std::wstring id = c.open();
+    ASSERT_FALSE(id.empty());
+    devices.type(scanner, MockInput::keysOf("0123\r"));
+    EXPECT_THAT(host.connection.waitForEvent(1), EventData(L"0123"));
+    EXPECT_TRUE(c.close(id));
+    IComponentBase* o = c.object();
+    host.destroy(o);
 }
