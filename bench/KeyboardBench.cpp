@@ -1,12 +1,7 @@
 // Keyboard path figures: key-to-event latency, idle wake-ups of the reader
 // against a 1 ms sleep loop, and Close latency.
 #include <X11/keysym.h>
-#include <sys/syscall.h>
 #include <unistd.h>
-
-#include <atomic>
-#include <fstream>
-#include <thread>
 
 #include "BenchUtil.h"
 #include "PrivateDev.h"
@@ -16,20 +11,6 @@
 
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
-
-namespace {
-
-long voluntarySwitches(pid_t tid)
-{
-    std::ifstream status("/proc/self/task/" + std::to_string(tid) + "/status");
-    std::string line;
-    while (std::getline(status, line))
-        if (line.rfind("voluntary_ctxt_switches:", 0) == 0)
-            return std::stol(line.substr(line.find(':') + 1));
-    return -1;
-}
-
-}  // namespace
 
 int main(int argc, char** argv)
 {
@@ -61,24 +42,9 @@ int main(int argc, char** argv)
 
     // Idle: the reader sleeps in poll; the baseline is a 1 ms sleep loop.
     const pid_t reader = host.connection.events().at(0).thread;
-    const long before = voluntarySwitches(reader);
-    std::atomic<bool> stop{false};
-    std::atomic<pid_t> sleeper{0};
-    std::thread loop([&] {
-        sleeper = static_cast<pid_t>(syscall(SYS_gettid));
-        while (!stop)
-            std::this_thread::sleep_for(1ms);
-    });
-    while (sleeper == 0)
-        std::this_thread::yield();
-    const long loopBefore = voluntarySwitches(sleeper);
-    std::this_thread::sleep_for(5s);
-    const long readerWakeups = voluntarySwitches(reader) - before;
-    const long loopWakeups = voluntarySwitches(sleeper) - loopBefore;
-    stop = true;
-    loop.join();
-    report("idle wake-ups of the reader in 5 s", static_cast<double>(readerWakeups),
-           static_cast<double>(loopWakeups), "", "1 ms sleep loop");
+    const IdleWakeups idle = idleWakeups(reader, 5s);
+    report("idle wake-ups of the reader in 5 s", static_cast<double>(idle.reader),
+           static_cast<double>(idle.sleepLoop), "", "1 ms sleep loop");
     c.close(id);
 
     std::vector<double> closeLatency;

@@ -26,13 +26,31 @@ protected:
         devices.plug(scanner);
     }
 
-    std::unique_ptr<InputDevice> open(const std::string& device, CodeSink& sink, bool testMode = false)
+    DeviceSettings settingsFor(const std::string& device, bool testMode = false)
     {
         DeviceSettings s;
         s.port = 0;
         s.keyboardDevice = device;
         s.testMode = testMode;
-        return InputDeviceKeyboardFactory().create(s, sink.callback());
+        return s;
+    }
+
+    std::unique_ptr<InputDevice> open(const std::string& device, CodeSink& sink, bool testMode = false)
+    {
+        return InputDeviceKeyboardFactory().create(settingsFor(device, testMode), sink.callback());
+    }
+
+    // Opens the scanner with these settings, types the keys on it and
+    // returns the first code that arrives.
+    Codes scan(const DeviceSettings& settings, const std::vector<int>& keys)
+    {
+        CodeSink sink;
+        auto source = InputDeviceKeyboardFactory().create(settings, sink.callback());
+        EXPECT_TRUE(source);
+        if (!source)
+            return {};
+        devices.type(scanner, keys);
+        return sink.waitFor(1);
     }
 
     DisplayOverride noX{""};
@@ -68,44 +86,28 @@ TEST_F(EvdevReader, Gs1DataMatrixWithControlBracketAndWithF8)
 
 TEST_F(EvdevReader, ShiftCapsLockAndKeypad)
 {
-    CodeSink sink;
-    auto source = open(scannerName, sink);
-    ASSERT_TRUE(source);
-    devices.type(scanner, MockInput::keysOf("Ab"));
-    devices.type(scanner, {KEY_CAPSLOCK, KEY_C, KEY_CAPSLOCK, KEY_KP7, KEY_KPDOT, KEY_KPENTER});
-    EXPECT_EQ(sink.waitFor(1), Codes{base64("AbC7.")});
+    std::vector<int> keys = MockInput::keysOf("Ab");
+    keys.insert(keys.end(), {KEY_CAPSLOCK, KEY_C, KEY_CAPSLOCK, KEY_KP7, KEY_KPDOT, KEY_KPENTER});
+    EXPECT_EQ(scan(settingsFor(scannerName), keys), Codes{base64("AbC7.")});
 }
 
 TEST_F(EvdevReader, SuffixFromSettings)
 {
-    CodeSink sink;
-    DeviceSettings s;
-    s.port = 0;
-    s.keyboardDevice = scannerName;
+    DeviceSettings s = settingsFor(scannerName);
     s.suffix = "\t";
     s.gsKey = 12;  // INSERT
-    auto source = InputDeviceKeyboardFactory().create(s, sink.callback());
-    ASSERT_TRUE(source);
-    devices.type(scanner, {KEY_1, KEY_INSERT, KEY_2, KEY_ENTER, KEY_3, KEY_TAB});
-    EXPECT_EQ(sink.waitFor(1), Codes{base64("1\x1d" "2\r3")});
+    EXPECT_EQ(scan(s, {KEY_1, KEY_INSERT, KEY_2, KEY_ENTER, KEY_3, KEY_TAB}), Codes{base64("1\x1d" "2\r3")});
 }
 
 TEST_F(EvdevReader, TestModeNamesSpecialKeys)
 {
-    CodeSink sink;
-    auto source = open(scannerName, sink, true);
-    ASSERT_TRUE(source);
-    devices.type(scanner, {KEY_F1, KEY_KPENTER, KEY_ENTER});
-    EXPECT_EQ(sink.waitFor(1), Codes{base64("'F1''CR(Numpad)'\r")});
+    EXPECT_EQ(scan(settingsFor(scannerName, true), {KEY_F1, KEY_KPENTER, KEY_ENTER}),
+              Codes{base64("'F1''CR(Numpad)'\r")});
 }
 
 TEST_F(EvdevReader, ScannerByUsbIds)
 {
-    CodeSink sink;
-    auto source = open("usb:0C2E:0b61", sink);
-    ASSERT_TRUE(source);
-    devices.type(scanner, MockInput::keysOf("42\r"));
-    EXPECT_EQ(sink.waitFor(1), Codes{base64("42")});
+    EXPECT_EQ(scan(settingsFor("usb:0C2E:0b61"), MockInput::keysOf("42\r")), Codes{base64("42")});
 
     CodeSink none;
     EXPECT_FALSE(open("usb:0c2e:0b62", none));
@@ -198,9 +200,5 @@ TEST_F(EvdevReader, ClosingWhileUnpluggedReturns)
 TEST_F(EvdevReader, XServerWithoutTheScannerLeavesItToTheKernelPath)
 {
     XvfbServer x;
-    CodeSink sink;
-    auto source = open(scannerName, sink);
-    ASSERT_TRUE(source);
-    devices.type(scanner, MockInput::keysOf("7\r"));
-    EXPECT_EQ(sink.waitFor(1), Codes{base64("7")});
+    EXPECT_EQ(scan(settingsFor(scannerName), MockInput::keysOf("7\r")), Codes{base64("7")});
 }
