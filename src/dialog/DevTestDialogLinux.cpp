@@ -153,8 +153,8 @@ void DevTestDialogLinux::DoListenPort(uint32_t port)
 
 void DevTestDialogLinux::ListenKeyboardDevices()
 {
-    for (const std::string& name : listKeyboardDeviceNames())
-        DoListenKeyboardDevice(normalisedDeviceName(name));
+    for (const std::string& name : listKeyboardChoices())
+        DoListenKeyboardDevice(name);
 }
 
 void DevTestDialogLinux::DoListenKeyboardDevice(const std::string& deviceName)

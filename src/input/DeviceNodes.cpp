@@ -10,7 +10,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <set>
 
+#include "input/EvdevKeyboards.h"
 #include "util/SymbolCodecs.h"
 
 namespace {
@@ -86,5 +88,20 @@ std::vector<std::string> listKeyboardDeviceNames()
                 names.emplace_back(xcb_str_name(name.data), xcb_str_name_length(name.data));
     }
     xcb_disconnect(c);
+    return names;
+}
+
+std::vector<std::string> listKeyboardChoices()
+{
+    std::vector<std::string> names;
+    std::set<std::string> offered;
+    // X's list stays as X gives it, twins included.
+    for (const std::string& name : listKeyboardDeviceNames()) {
+        names.push_back(normalisedDeviceName(name));
+        offered.insert(names.back());
+    }
+    for (const EvdevKeyboard& keyboard : listEvdevKeyboards())
+        if (offered.insert(keyboard.name).second)
+            names.push_back(keyboard.name);
     return names;
 }

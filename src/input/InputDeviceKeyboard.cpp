@@ -17,15 +17,12 @@
 #include <memory>
 
 #include "input/DeviceNodes.h"
-#include "input/NonPrintableKeys.h"
-#include "util/CharsetConversion.h"
 #include "util/Logger.h"
 #include "util/SymbolCodecs.h"
 
 namespace {
 
 constexpr uint32_t kKeyEventMask = XI_KeyPressMask | XI_KeyReleaseMask;
-constexpr unsigned char kGroupSeparator = 29;
 
 struct FreeDeleter {
     void operator()(void* p) const { std::free(p); }
@@ -42,20 +39,12 @@ bool succeeded(xcb_connection_t* c, xcb_void_cookie_t cookie)
     return !error;
 }
 
-
-// A NUL cannot be typed: a suffix that is none, or only NUL, means Enter.
-char suffixByte(const std::string& suffix)
-{
-    return suffix.empty() || suffix.back() == '\0' ? '\r' : suffix.back();
-}
-
 }  // namespace
 
 InputDeviceKeyboard::InputDeviceKeyboard(DataCallback callback, const DeviceSettings& settings)
     : InputDevice(std::move(callback)),
       settings(settings),
-      suffix(suffixByte(settings.suffix)),
-      gsKeysym(NonPrintableKeys::getKeyLinuxData(static_cast<NonPrintableKeys::KeyID>(settings.gsKey)))
+      framer(settings)
 {
 }
 
@@ -90,6 +79,30 @@ bool InputDeviceKeyboard::start()
     if (!findAndBind() || !selectHierarchyEvents())
         return false;
     return thread.start([this] { ReadThread(); });
+}
+
+// Xwayland names its devices "xwayland-pointer:N", "xwayland-keyboard:N"...;
+// newer ones also offer an XWAYLAND extension, Debian 12's does not.
+bool InputDeviceKeyboard::serverShows(const std::string& deviceName)
+{
+    Display* display = XOpenDisplay(nullptr);
+    if (!display)
+        return false;
+    int opcode = 0, event = 0, error = 0;
+    bool shown = false, xwayland = XQueryExtension(display, "XWAYLAND", &opcode, &event, &error);
+    if (!xwayland && XQueryExtension(display, "XInputExtension", &opcode, &event, &error)) {
+        int count = 0;
+        XDeviceInfo* devices = XListInputDevices(display, &count);
+        for (int i = 0; i < count; ++i) {
+            const std::string name = devices[i].name ? devices[i].name : "";
+            xwayland = xwayland || name.rfind("xwayland-", 0) == 0;
+            shown = shown || normalisedDeviceName(name) == deviceName;
+        }
+        if (devices)
+            XFreeDeviceList(devices);
+    }
+    XCloseDisplay(display);
+    return shown && !xwayland;
 }
 
 // Binds the last listed device of the configured name. The bound device stays
@@ -185,7 +198,6 @@ bool InputDeviceKeyboard::waitForX()
 
 void InputDeviceKeyboard::ReadThread()
 {
-    std::string code;
     while (!thread.stopping()) {
         if (!serverGone && connectionLost())
             serverGone = true;
@@ -195,7 +207,7 @@ void InputDeviceKeyboard::ReadThread()
         // before going to sleep.
         if (!serverGone && XEventsQueued(display, QueuedAfterReading) > 0) {
             while (!serverGone && XEventsQueued(display, QueuedAlready) > 0)
-                handleNextEvent(code);
+                handleNextEvent();
             continue;
         }
         if (!waitForX())
@@ -204,7 +216,7 @@ void InputDeviceKeyboard::ReadThread()
     log(std::wstring(115, L'-'));
 }
 
-void InputDeviceKeyboard::handleNextEvent(std::string& code)
+void InputDeviceKeyboard::handleNextEvent()
 {
     XEvent event;
     XNextEvent(display, &event);
@@ -216,7 +228,7 @@ void InputDeviceKeyboard::handleNextEvent(std::string& code)
     } else if (cookie->evtype == XI_KeyPress) {
         const auto* key = static_cast<const XIDeviceEvent*>(cookie->data);
         if (key->deviceid == deviceId && !focusBelongsToOtherProcess())
-            handleKeyPress(static_cast<unsigned>(key->detail) & 0xFF, static_cast<unsigned>(key->mods.base), code);
+            handleKeyPress(static_cast<unsigned>(key->detail) & 0xFF, static_cast<unsigned>(key->mods.base));
     }
     XFreeEventData(display, cookie);
     if (xcb_connection_has_error(xcbOf(display)))
@@ -259,32 +271,15 @@ bool InputDeviceKeyboard::focusBelongsToOtherProcess()
     return false;
 }
 
-void InputDeviceKeyboard::handleKeyPress(unsigned keycode, unsigned mods, std::string& code)
+void InputDeviceKeyboard::handleKeyPress(unsigned keycode, unsigned mods)
 {
-    KeySym keysym = XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), 0, (mods & ShiftMask) ? 1 : 0);
-    // Scanners type GS as Ctrl+] or F8 (always), or as the configured key.
-    if ((keysym == XK_bracketright && (mods & ControlMask)) || keysym == XK_F8 || keysym == gsKeysym) {
-        code += static_cast<char>(kGroupSeparator);
-        return;
-    }
-    if (settings.testMode) {
-        const std::string name = NonPrintableKeys::getKeyShortName(keysym);
-        if (!name.empty()) {
-            code += name;
-            return;
-        }
-    }
+    const KeySym keysym = XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), 0, (mods & ShiftMask) ? 1 : 0);
+    KeySym translated = keysym;
     char buffer[100] = {};
     int extra = 0;
-    if (XkbTranslateKeySym(display, &keysym, mods, buffer, sizeof buffer, &extra) <= 0)
-        return;
-    if (buffer[0] != suffix) {
-        code += buffer[0];
-        return;
-    }
-    if (settings.testMode)
-        code += buffer[0];
-    const std::wstring text = ConvertUTF8Input(raw2Base64(code).c_str());
-    code.clear();
-    deliver(text);
+    const int typed = XkbTranslateKeySym(display, &translated, mods, buffer, sizeof buffer, &extra) > 0
+                          ? static_cast<unsigned char>(buffer[0])
+                          : KeyFramer::kTypesNothing;
+    if (auto text = framer.press(keysym, (mods & ControlMask) != 0, typed))
+        deliver(*text);
 }

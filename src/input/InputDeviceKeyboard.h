@@ -5,6 +5,7 @@
 
 #include "input/DeviceSettings.h"
 #include "input/InputDevice.h"
+#include "input/KeyFramer.h"
 #include "util/ReaderThread.h"
 
 typedef struct _XDisplay Display;
@@ -24,6 +25,10 @@ public:
 
     // Connects, binds the named device and starts the reader.
     bool start();
+    // Whether the default display's server shows the named device itself: it
+    // is reachable, is not Xwayland (which shows its clients virtual keyboards
+    // only) and lists a device of that name.
+    static bool serverShows(const std::string& deviceName);
     // The X Input id of the bound device; -1 while none of that name exists.
     long boundDeviceId() const { return deviceId; }
 
@@ -33,15 +38,14 @@ private:
     bool bindDevice(int id);
     void unbind();
     bool selectHierarchyEvents();
-    void handleNextEvent(std::string& code);
-    void handleKeyPress(unsigned keycode, unsigned mods, std::string& code);
+    void handleNextEvent();
+    void handleKeyPress(unsigned keycode, unsigned mods);
     bool focusBelongsToOtherProcess();
     bool connectionLost();
     bool waitForX();
 
     const DeviceSettings settings;
-    const char suffix;
-    const unsigned long gsKeysym;
+    KeyFramer framer;  // used by the reader only
     Display* display = nullptr;
     unsigned long root = 0;
     uint32_t pidAtom = 0;  // _NET_WM_PID, 0 until the server has it

@@ -1,7 +1,8 @@
 #pragma once
 #include "input/InputDeviceFactory.h"
 
-// Keyboard-mode sources: the X Input device of the configured name.
+// Keyboard-mode sources: the X Input device of the configured name, or the
+// kernel event device of that name (or usb: ids) where X does not show it.
 class InputDeviceKeyboardFactory : public InputDeviceFactory {
 public:
     std::unique_ptr<InputDevice> create(const DeviceSettings& settings,

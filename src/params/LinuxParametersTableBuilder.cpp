@@ -73,7 +73,7 @@ std::wstring LinuxParametersTableBuilder::GetHidPosDevicesList()
 
 std::wstring LinuxParametersTableBuilder::GetEventDeviceListEnties()
 {
-    return keyboardItems(listKeyboardDeviceNames());
+    return keyboardItems(listKeyboardChoices());
 }
 
 // A device name is the value the KeyboardDevice setting stores; markup and

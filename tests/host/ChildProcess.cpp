@@ -103,3 +103,16 @@ int ChildProcess::wait(int milliseconds)
     }
     return -1;
 }
+
+std::pair<std::string, int> ChildProcess::run(const std::vector<std::string>& argv,
+                                              const std::vector<std::string>& extraEnv)
+{
+    ChildProcess program(argv, extraEnv, true);
+    std::string all;
+    for (std::string line; !(line = program.readLine(20000)).empty() || all.empty();) {
+        all += line + "\n";
+        if (line.empty())
+            break;
+    }
+    return {all, program.wait(20000)};
+}

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 class ChildProcess {
@@ -19,6 +20,10 @@ public:
     void closeInput();
     // Its exit status, waiting for it; -1 when it did not end in time (it is killed).
     int wait(int milliseconds = 10000);
+
+    // Runs a program to its end: everything it printed (both streams) and its exit status.
+    static std::pair<std::string, int> run(const std::vector<std::string>& argv,
+                                           const std::vector<std::string>& extraEnv = {});
 
 private:
     pid_t pid = -1;

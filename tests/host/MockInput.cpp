@@ -1,13 +1,16 @@
 #include "MockInput.h"
 
 #include <poll.h>
+#include <sys/stat.h>
 #include <umockdev.h>
 #include <unistd.h>
 
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -98,13 +101,86 @@ input_event synEvent(int code)
     return e;
 }
 
+struct MockInput::HandlerLoop {
+    GMainContext* context = g_main_context_new();
+    GMainLoop* loop = g_main_loop_new(context, FALSE);
+    std::thread thread;
+
+    HandlerLoop()
+    {
+        thread = std::thread([this] {
+            g_main_context_push_thread_default(context);
+            g_main_loop_run(loop);
+            g_main_context_pop_thread_default(context);
+        });
+        while (!g_main_loop_is_running(loop))
+            std::this_thread::yield();
+    }
+    ~HandlerLoop()
+    {
+        g_main_loop_quit(loop);
+        thread.join();
+        g_main_loop_unref(loop);
+        g_main_context_unref(context);
+    }
+};
+
 MockInput::MockInput() : testbed(umockdev_testbed_new())
 {
     if (!umockdev_in_mock_environment())
         throw std::runtime_error("run this program under umockdev-wrapper");
+    // Until the testbed has a /dev of its own, the machine's shows through.
+    gchar* root = umockdev_testbed_get_root_dir(testbed);
+    const std::string dev = std::string(root) + "/dev";
+    g_free(root);
+    if (mkdir(dev.c_str(), 0755) != 0 && errno != EEXIST)
+        throw std::runtime_error("cannot make the testbed's /dev");
 }
 
-MockInput::~MockInput() { g_object_unref(testbed); }
+MockInput::~MockInput()
+{
+    handlers.reset();
+    g_object_unref(testbed);
+}
+
+namespace {
+
+gboolean refuseGrab(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer)
+{
+    if (umockdev_ioctl_client_get_request(client) != EVIOCGRAB)
+        return FALSE;
+    umockdev_ioctl_client_complete(client, -1, EBUSY);
+    return TRUE;
+}
+
+}  // namespace
+
+void MockInput::holdElsewhere(const MockKeyboard& keyboard)
+{
+    if (!handlers)
+        handlers = std::make_unique<HandlerLoop>();
+    // The handler is attached from the loop's thread: umockdev serves it on
+    // the main context in force there.
+    struct Attach {
+        UMockdevTestbed* testbed;
+        std::string node;
+        bool done = false;
+        bool ok = false;
+    } attach{testbed, nodePath(keyboard)};
+    g_main_context_invoke(handlers->context, [](gpointer data) -> gboolean {
+        auto* a = static_cast<Attach*>(data);
+        UMockdevIoctlBase* handler = umockdev_ioctl_base_new();
+        g_signal_connect(handler, "handle-ioctl", G_CALLBACK(refuseGrab), nullptr);
+        a->ok = umockdev_testbed_attach_ioctl(a->testbed, a->node.c_str(), handler, nullptr);
+        g_object_unref(handler);
+        __atomic_store_n(&a->done, true, __ATOMIC_RELEASE);
+        return G_SOURCE_REMOVE;
+    }, &attach);
+    while (!__atomic_load_n(&attach.done, __ATOMIC_ACQUIRE))
+        std::this_thread::yield();
+    if (!attach.ok)
+        throw std::runtime_error("umockdev would not take the ioctl handler");
+}
 
 void MockInput::plug(const MockKeyboard& keyboard)
 {
@@ -121,6 +197,17 @@ void MockInput::unplug(const MockKeyboard& keyboard)
     const std::string node = "/sys" + syspath(keyboard);
     umockdev_testbed_uevent(testbed, node.c_str(), "remove");
     umockdev_testbed_remove_device(testbed, node.c_str());
+}
+
+void MockInput::nodesForRootOnly()
+{
+    gchar* root = umockdev_testbed_get_root_dir(testbed);
+    const std::string top = root;
+    g_free(root);
+    const std::string command = "chmod -R a+rwX '" + top + "' && find '" + top +
+                                "/dev/input' -name 'event*' -exec chmod 0600 {} +";
+    if (std::system(command.c_str()) != 0)
+        throw std::runtime_error("could not set the testbed's permissions");
 }
 
 void MockInput::send(const MockKeyboard& keyboard, const std::vector<input_event>& events)

@@ -9,6 +9,7 @@
 // never reports an error to a reader that keeps it open.
 #include <linux/input.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -33,8 +34,18 @@ public:
 
     // Announces the device (parents first) and makes its node.
     void plug(const MockKeyboard& keyboard);
-    // Announces the removal, then deletes the device and its node.
+    // Announces the removal, then deletes the device and its node. The
+    // testbed cannot make that node again: a device plugged back gets another.
     void unplug(const MockKeyboard& keyboard);
+
+    // From now on the node answers every grab with EBUSY, as when another
+    // program holds it (umockdev's ioctl emulation answers for the node).
+    void holdElsewhere(const MockKeyboard& keyboard);
+
+    // Lets every user into the testbed (umockdev's sockets included) but
+    // leaves the event nodes to root, as nodes are without a rule giving the
+    // seat's user access.
+    void nodesForRootOnly();
 
     // Writes events to the node as the kernel would deliver them.
     void send(const MockKeyboard& keyboard, const std::vector<input_event>& events);
@@ -46,6 +57,9 @@ public:
 
 private:
     UMockdevTestbed* testbed;
+    // The ioctl handlers run on a GLib main loop of their own.
+    struct HandlerLoop;
+    std::unique_ptr<HandlerLoop> handlers;
 };
 
 input_event keyEvent(int code, int value);

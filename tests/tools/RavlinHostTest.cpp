@@ -21,14 +21,7 @@ std::pair<std::string, int> run(const std::vector<std::string>& args)
 {
     std::vector<std::string> argv = {kTool};
     argv.insert(argv.end(), args.begin(), args.end());
-    ChildProcess tool(argv, {}, true);
-    std::string all;
-    for (std::string line; !(line = tool.readLine(20000)).empty() || all.empty();) {
-        all += line + "\n";
-        if (line.empty())
-            break;
-    }
-    return {all, tool.wait(20000)};
+    return ChildProcess::run(argv);
 }
 
 }  // namespace

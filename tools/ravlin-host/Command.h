@@ -18,3 +18,4 @@ Command listenCommand();
 Command testCommand();
 Command portsCommand();
 Command demoCommand();
+Command udevRuleCommand();

@@ -12,6 +12,7 @@
 #include "Command.h"
 #include "Session.h"
 #include "input/HidrawNode.h"
+#include "input/EvdevKeyboards.h"
 
 namespace {
 
@@ -64,6 +65,19 @@ void printHidrawNodes()
     }
 }
 
+// The kernel's keyboards, which the driver reads where X does not show them,
+// and whether this user could open one now.
+void printKernelKeyboards()
+{
+    std::cout << "kernel keyboards (node, KeyboardDevice, ids, can open):\n";
+    for (const EvdevKeyboard& keyboard : listEvdevKeyboards()) {
+        const std::string why = whyNotOpenable(keyboard);
+        std::cout << "  " << keyboard.node << "\t" << keyboard.name << "\t"
+                  << (keyboard.ids.empty() ? "-" : keyboard.ids) << "\t" << (why.empty() ? "yes" : "no: " + why)
+                  << "\n";
+    }
+}
+
 }  // namespace
 
 Command portsCommand()
@@ -82,6 +96,7 @@ Command portsCommand()
                     printChoices(xmlDocGetRootElement(doc), "Port", "ports (value, name)");
                     printChoices(xmlDocGetRootElement(doc), "KeyboardDevice", "keyboard devices (KeyboardDevice)");
                     xmlFreeDoc(doc);
+                    printKernelKeyboards();
                     printHidrawNodes();
                     return 0;
                 };

@@ -7,7 +7,8 @@
 int main(int argc, char** argv)
 {
     const Command commands[] = {infoCommand(), paramsCommand(), listenCommand(),
-                                testCommand(), portsCommand(),  demoCommand()};
+                                testCommand(), portsCommand(),  demoCommand(),
+                                udevRuleCommand()};
     CLI::App app{"Drives the input-device driver add-in without the platform."};
     app.require_subcommand(1);
     std::function<int()> run;

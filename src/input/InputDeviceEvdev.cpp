@@ -1,0 +1,124 @@
+#include "input/InputDeviceEvdev.h"
+
+#include <linux/input.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "util/Logger.h"
+
+InputDeviceEvdev::InputDeviceEvdev(DataCallback callback, const DeviceSettings& settings)
+    : InputDevice(std::move(callback)), settings(settings), decoder(settings)
+{
+}
+
+InputDeviceEvdev::~InputDeviceEvdev()
+{
+    thread.stop();
+    unbind();
+}
+
+bool InputDeviceEvdev::start()
+{
+    if (!bind())
+        return false;
+    return thread.start([this] { run(); });
+}
+
+// Takes the first listed keyboard of the wanted name or ids that can be had:
+// with two alike, a second source gets the one the first left free.
+bool InputDeviceEvdev::bind()
+{
+    int cause = ENODEV;
+    for (const EvdevKeyboard& keyboard : listEvdevKeyboards()) {
+        if (!namesKeyboard(settings.keyboardDevice, keyboard))
+            continue;
+        // In test mode the keyboard types on where it types: the device test
+        // only listens.
+        fd = openKeyboardNode(keyboard.node, !settings.testMode);
+        if (fd >= 0) {
+            bound = keyboard;
+            partialBytes = 0;
+            decoder.resync(nullptr);
+            return true;
+        }
+        cause = errno;
+    }
+    errno = cause;
+    return false;
+}
+
+void InputDeviceEvdev::unbind()
+{
+    if (fd < 0)
+        return;
+    close(fd);  // closing ends the grab
+    fd = -1;
+}
+
+bool InputDeviceEvdev::boundStillListed() const
+{
+    for (const EvdevKeyboard& keyboard : listEvdevKeyboards())
+        if (keyboard.node == bound.node && keyboard.name == bound.name && keyboard.ids == bound.ids)
+            return true;
+    return false;
+}
+
+void InputDeviceEvdev::run()
+{
+    enum { DeviceSlot, WatchSlot, SlotCount };
+    std::array<pollfd, SlotCount> slots{};
+    for (;;) {
+        slots[DeviceSlot] = {fd, POLLIN, 0};
+        slots[WatchSlot] = {watch.fd(), POLLIN, 0};
+        if (!thread.wait(slots, -1))
+            break;
+        if (slots[DeviceSlot].revents & (POLLERR | POLLHUP | POLLNVAL))
+            unbind();
+        else if (slots[DeviceSlot].revents & POLLIN)
+            readEvents();
+        if ((slots[WatchSlot].revents & POLLIN) && watch.changed()) {
+            if (fd >= 0 && !boundStillListed())
+                unbind();
+            if (fd < 0)
+                bind();
+        }
+    }
+    log(std::wstring(115, L'-'));
+}
+
+void InputDeviceEvdev::readEvents()
+{
+    union {
+        input_event events[64];
+        char bytes[sizeof events];
+    } buffer;
+    std::memcpy(buffer.bytes, partial, partialBytes);
+    ssize_t n;
+    while ((n = read(fd, buffer.bytes + partialBytes, sizeof buffer - partialBytes)) < 0 && errno == EINTR) {
+    }
+    if (n < 0 && errno == EAGAIN)
+        return;
+    // ENODEV (unplugged) or end of file: wait for udev to bring it back.
+    if (n <= 0) {
+        unbind();
+        return;
+    }
+    const size_t total = partialBytes + static_cast<size_t>(n);
+    const size_t count = total / sizeof(input_event);
+    partialBytes = total % sizeof(input_event);
+    std::memcpy(partial, buffer.bytes + count * sizeof(input_event), partialBytes);
+    for (size_t i = 0; i < count; ++i) {
+        const bool wasDropping = decoder.dropping();
+        if (auto text = decoder.feed(buffer.events[i]))
+            deliver(*text);
+        // The loss is over: ask which modifiers are down now.
+        if (wasDropping && !decoder.dropping()) {
+            unsigned char keys[KEY_CNT / 8 + 1] = {};
+            decoder.resync(ioctl(fd, EVIOCGKEY(sizeof keys), keys) >= 0 ? keys : nullptr);
+        }
+    }
+}

@@ -1,0 +1,204 @@
+// Keyboard-mode scanners read from kernel event devices, built in a umockdev
+// testbed: a Honeywell-like scanner beside an ordinary AT keyboard.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "CodeSink.h"
+#include "MockInput.h"
+#include "XvfbServer.h"
+#include "input/DeviceSettings.h"
+#include "input/InputDeviceKeyboardFactory.h"
+#include "util/CharsetConversion.h"
+#include "util/SymbolCodecs.h"
+
+namespace {
+
+std::wstring base64(const std::string& bytes) { return ConvertUTF8Input(raw2Base64(bytes).c_str()); }
+
+using Codes = std::vector<std::wstring>;
+
+class EvdevReader : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        devices.plug(keyboard);
+        devices.plug(scanner);
+    }
+
+    DeviceSettings settingsFor(const std::string& device, bool testMode = false)
+    {
+        DeviceSettings s;
+        s.port = 0;
+        s.keyboardDevice = device;
+        s.testMode = testMode;
+        return s;
+    }
+
+    std::unique_ptr<InputDevice> open(const std::string& device, CodeSink& sink, bool testMode = false)
+    {
+        return InputDeviceKeyboardFactory().create(settingsFor(device, testMode), sink.callback());
+    }
+
+    // Opens the scanner with these settings, types the keys on it and
+    // returns the first code that arrives.
+    Codes scan(const DeviceSettings& settings, const std::vector<int>& keys)
+    {
+        CodeSink sink;
+        auto source = InputDeviceKeyboardFactory().create(settings, sink.callback());
+        EXPECT_TRUE(source);
+        if (!source)
+            return {};
+        devices.type(scanner, keys);
+        return sink.waitFor(1);
+    }
+
+    DisplayOverride noX{""};
+    MockInput devices;
+    const MockKeyboard keyboard = atKeyboard();
+    const MockKeyboard scanner = honeywellScanner();
+    const std::string scannerName = "Honeywell Imaging   Mobility 1950g";  // '&' blanked as settings store it
+};
+
+}  // namespace
+
+TEST_F(EvdevReader, ScannerByNameWithoutAnyXServer)
+{
+    CodeSink sink;
+    auto source = open(scannerName, sink);
+    ASSERT_TRUE(source);
+    devices.type(keyboard, MockInput::keysOf("99\r"));  // the user's keyboard is not read
+    devices.type(scanner, MockInput::keysOf("0104601234567893\r"));
+    EXPECT_EQ(sink.waitFor(1), Codes{base64("0104601234567893")});
+}
+
+TEST_F(EvdevReader, Gs1DataMatrixWithControlBracketAndWithF8)
+{
+    CodeSink sink;
+    auto source = open(scannerName, sink);
+    ASSERT_TRUE(source);
+    devices.send(scanner, {keyEvent(KEY_0, 1), synEvent(), keyEvent(KEY_0, 0), synEvent(),
+                           keyEvent(KEY_LEFTCTRL, 1), synEvent(), keyEvent(KEY_RIGHTBRACE, 1), synEvent(),
+                           keyEvent(KEY_RIGHTBRACE, 0), keyEvent(KEY_LEFTCTRL, 0), synEvent()});
+    devices.type(scanner, {KEY_1, KEY_F8, KEY_2, KEY_ENTER});
+    EXPECT_EQ(sink.waitFor(1), Codes{base64("0\x1d" "1\x1d" "2")});
+}
+
+TEST_F(EvdevReader, ShiftCapsLockAndKeypad)
+{
+    std::vector<int> keys = MockInput::keysOf("Ab");
+    keys.insert(keys.end(), {KEY_CAPSLOCK, KEY_C, KEY_CAPSLOCK, KEY_KP7, KEY_KPDOT, KEY_KPENTER});
+    EXPECT_EQ(scan(settingsFor(scannerName), keys), Codes{base64("AbC7.")});
+}
+
+TEST_F(EvdevReader, SuffixFromSettings)
+{
+    DeviceSettings s = settingsFor(scannerName);
+    s.suffix = "\t";
+    s.gsKey = 12;  // INSERT
+    EXPECT_EQ(scan(s, {KEY_1, KEY_INSERT, KEY_2, KEY_ENTER, KEY_3, KEY_TAB}), Codes{base64("1\x1d" "2\r3")});
+}
+
+TEST_F(EvdevReader, TestModeNamesSpecialKeys)
+{
+    EXPECT_EQ(scan(settingsFor(scannerName, true), {KEY_F1, KEY_KPENTER, KEY_ENTER}),
+              Codes{base64("'F1''CR(Numpad)'\r")});
+}
+
+TEST_F(EvdevReader, ScannerByUsbIds)
+{
+    EXPECT_EQ(scan(settingsFor("usb:0C2E:0b61"), MockInput::keysOf("42\r")), Codes{base64("42")});
+
+    CodeSink none;
+    EXPECT_FALSE(open("usb:0c2e:0b62", none));
+    EXPECT_FALSE(open("usb:0001:0001", none)) << "the AT keyboard has no USB ids";
+}
+
+TEST_F(EvdevReader, TwoScannersAtOnce)
+{
+    const MockKeyboard second{14, "Datalogic Gryphon GD4500", "05f9:4204"};
+    devices.plug(second);
+    CodeSink first, other;
+    auto a = open(scannerName, first);
+    auto b = open("Datalogic Gryphon GD4500", other);
+    ASSERT_TRUE(a);
+    ASSERT_TRUE(b);
+    devices.type(second, MockInput::keysOf("222\r"));
+    devices.type(scanner, MockInput::keysOf("111\r"));
+    EXPECT_EQ(first.waitFor(1), Codes{base64("111")});
+    EXPECT_EQ(other.waitFor(1), Codes{base64("222")});
+}
+
+TEST_F(EvdevReader, UnknownNameFailsToOpen)
+{
+    CodeSink sink;
+    EXPECT_FALSE(open("No such scanner", sink));
+    EXPECT_FALSE(open("", sink));
+}
+
+TEST_F(EvdevReader, NodeHeldByAnotherProgramFailsToOpen)
+{
+    devices.holdElsewhere(scanner);
+    CodeSink sink;
+    EXPECT_FALSE(open(scannerName, sink));
+    EXPECT_TRUE(open(scannerName, sink, true)) << "the device test only listens: no grab needed";
+}
+
+TEST_F(EvdevReader, UnplugAndReplugRebinds)
+{
+    CodeSink sink;
+    auto source = open(scannerName, sink);
+    ASSERT_TRUE(source);
+    devices.type(scanner, MockInput::keysOf("1\r"));
+    ASSERT_EQ(sink.waitFor(1).size(), 1u);
+    devices.unplug(scanner);
+    // Back on another node: the testbed cannot make a removed node again.
+    const MockKeyboard back = honeywellScanner(15);
+    devices.plug(back);
+    // The reader learns of the return from udev, then opens the new node;
+    // keys written before it opens are still read (the testbed keeps them).
+    devices.type(back, MockInput::keysOf("2\r"));
+    EXPECT_EQ(sink.waitFor(2), (Codes{base64("1"), base64("2")}));
+}
+
+TEST_F(EvdevReader, BoundScannerIsNotSwappedForANewcomer)
+{
+    CodeSink sink;
+    auto source = open(scannerName, sink);
+    ASSERT_TRUE(source);
+    const MockKeyboard twin = honeywellScanner(13);
+    devices.plug(twin);
+    devices.type(twin, MockInput::keysOf("9\r"));
+    devices.type(scanner, MockInput::keysOf("1\r"));
+    devices.type(twin, MockInput::keysOf("8\r"));
+    devices.type(scanner, MockInput::keysOf("2\r"));
+    EXPECT_EQ(sink.waitFor(2), (Codes{base64("1"), base64("2")}));
+    EXPECT_EQ(sink.now().size(), 2u);
+}
+
+TEST_F(EvdevReader, LostEventsDiscardTheCodeInProgress)
+{
+    CodeSink sink;
+    auto source = open(scannerName, sink);
+    ASSERT_TRUE(source);
+    devices.type(scanner, {KEY_1, KEY_2});
+    devices.send(scanner, {synEvent(SYN_DROPPED), keyEvent(KEY_3, 1), synEvent()});
+    devices.type(scanner, MockInput::keysOf("45\r"));
+    EXPECT_EQ(sink.waitFor(1), Codes{base64("45")});
+}
+
+TEST_F(EvdevReader, ClosingWhileUnpluggedReturns)
+{
+    CodeSink sink;
+    auto source = open(scannerName, sink);
+    ASSERT_TRUE(source);
+    devices.unplug(scanner);
+    source.reset();
+    SUCCEED();
+}
+
+TEST_F(EvdevReader, XServerWithoutTheScannerLeavesItToTheKernelPath)
+{
+    XvfbServer x;
+    EXPECT_EQ(scan(settingsFor(scannerName), MockInput::keysOf("7\r")), Codes{base64("7")});
+}
