@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
                                            L"IgnoreKeyboardState", L"port", L""};
     if (size < 12)
         return 0;
-    RavlinPerformerLinux performer(nullptr, [](const std::wstring&, int, int, const std::wstring&) {});
+    RavlinPerformerLinux performer([](const std::wstring&, EquipmentCode, OutputDataType, const std::wstring&) {});
     const wchar_t* name = names[data[0] % (sizeof names / sizeof names[0])];
     tVariant value{};
     std::memcpy(&value, data + 1, 8);
