@@ -31,7 +31,7 @@ TEST(HidPosTool, PortsListsScannersAndSaysWhyANodeCannotBeRead)
     EXPECT_NE(out.find("  193\thidraw0: Honeywell Xenon\n"), std::string::npos) << out;  // offered as a Port value
     EXPECT_NE(out.find("  194\thidraw1: Newland FM420\n"), std::string::npos) << out;
     EXPECT_NE(out.find("  193\t/dev/hidraw0\tHoneywell Xenon\tHID POS scanner\n"), std::string::npos) << out;
-    EXPECT_NE(out.find("  194\t/dev/hidraw1\tNewland FM420\tcannot be opened: Permission denied (the udev rule"),
+    EXPECT_NE(out.find("  194\t/dev/hidraw1\tNewland FM420\tcannot be opened: Permission denied (udev/70-ravlin-scanners.rules"),
               std::string::npos)
         << out;
     EXPECT_NE(out.find("  195\t/dev/hidraw2\tUSB Optical Mouse\tnot a scanner in HID POS mode"), std::string::npos)

@@ -49,7 +49,7 @@ std::string hidrawProblem(const HidrawNode& node)
     if (fd < 0) {
         const std::string why = std::strerror(errno);
         return "cannot be opened: " + why +
-               (errno == EACCES ? " (the udev rule of udev/70-ravlin-hidpos.rules gives the seated user access)" : "");
+               (errno == EACCES ? " (udev/70-ravlin-scanners.rules gives the user at the seat access)" : "");
     }
     close(fd);
     return "";
