@@ -89,3 +89,13 @@ inline void report(const std::string& figure, double value, double baseline, con
         std::printf("%-44s %12.1f %-4s\n", figure.c_str(), value, unit.c_str());
     std::fflush(stdout);
 }
+
+// A latency's p50 and p99 rows, each beside the same percentile of the
+// baseline measured in the run (none when `baseline` is empty).
+inline void reportLatency(const std::string& figure, const std::vector<double>& values,
+                          const std::vector<double>& baseline = {}, const std::string& baselineName = "")
+{
+    for (const int p : {50, 99})
+        report(figure + " p" + std::to_string(p), percentile(values, p),
+               baseline.empty() ? 0 : percentile(baseline, p), "us", baselineName);
+}

@@ -86,8 +86,7 @@ int main()
 
     // Only now a second reader: on the testbed's node two would split the stream.
     const std::vector<double> bare = bareReadLatency(devices, scanner);
-    report("evdev key-to-event latency p50", percentile(latency, 50), percentile(bare, 50), "us", "bare read");
-    report("evdev key-to-event latency p99", percentile(latency, 99), percentile(bare, 99), "us", "bare read");
+    reportLatency("evdev key-to-event latency", latency, bare, "bare read");
     report("idle wake-ups of an open source in 5 s", static_cast<double>(readerWakeups),
            static_cast<double>(loopWakeups), "", "1 ms sleep loop");
 
@@ -103,10 +102,7 @@ int main()
         close(fd);
         bareClose.push_back(microseconds(Clock::now() - bareStart));
     }
-    report("evdev Close latency p50", percentile(closeLatency, 50), percentile(bareClose, 50), "us",
-           "bare close");
-    report("evdev Close latency p99", percentile(closeLatency, 99), percentile(bareClose, 99), "us",
-           "bare close");
+    reportLatency("evdev Close latency", closeLatency, bareClose, "bare close");
     IComponentBase* o = c.object();
     host.destroy(o);
     return 0;

@@ -96,9 +96,7 @@ int main()
         scanLatency.push_back(microseconds(event->at - sent));
     }
     const std::vector<double> floor = bareReadLatencies(bed, 1, scans);
-    report("report latency p50 (report -> event)", percentile(scanLatency, 50), percentile(floor, 50), "us",
-           "bare read p50");
-    report("report latency p99", percentile(scanLatency, 99), percentile(floor, 99), "us", "bare read p99");
+    reportLatency("report latency (report -> event)", scanLatency, floor, "bare read");
 
     // Idle: the reader sleeps in poll on the node, udev and its wake descriptor;
     // the baseline is the twice-a-second retry loop it would be without udev.
@@ -108,8 +106,7 @@ int main()
     c.close(id);
 
     const std::vector<double> closeLatency = closeLatencies(c, 1000);
-    report("Close latency p50", percentile(closeLatency, 50), 0, "us");
-    report("Close latency p99", percentile(closeLatency, 99), 0, "us");
+    reportLatency("Close latency", closeLatency);
     IComponentBase* o = c.object();
     host.destroy(o);
     return readerWakeups == 0 ? 0 : 1;

@@ -39,8 +39,7 @@ int main(int argc, char** argv)
             return 1;
         latency.push_back(microseconds(e->at - sent));
     }
-    report("key-to-event latency p50", percentile(latency, 50), 0, "us");
-    report("key-to-event latency p99", percentile(latency, 99), 0, "us");
+    reportLatency("key-to-event latency", latency);
 
     // Idle: the reader sleeps in poll; the baseline is a 1 ms sleep loop.
     const auto [readerWakeups, loopWakeups] = idleWakeups(host.connection.events().at(0).thread, 1, 5s);
@@ -49,8 +48,7 @@ int main(int argc, char** argv)
     c.close(id);
 
     const std::vector<double> closeLatency = closeLatencies(c, 200);
-    report("keyboard Close latency p50", percentile(closeLatency, 50), 0, "us");
-    report("keyboard Close latency p99", percentile(closeLatency, 99), 0, "us");
+    reportLatency("keyboard Close latency", closeLatency);
     IComponentBase* o = c.object();
     host.destroy(o);
     return 0;

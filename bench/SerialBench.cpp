@@ -85,13 +85,11 @@ int main(int argc, char** argv)
     }
     c.close(id);
     const std::vector<double> floor = bareReadLatencies(scans);
-    report("scan latency p50 (suffix -> event)", percentile(scanLatency, 50), percentile(floor, 50), "us", "bare read p50");
-    report("scan latency p99", percentile(scanLatency, 99), percentile(floor, 99), "us", "bare read p99");
+    reportLatency("scan latency (suffix -> event)", scanLatency, floor, "bare read");
 
     // Close latency over open/close cycles; a one-second polling loop shows as ~500 ms.
     const std::vector<double> closeLatency = closeLatencies(c, 1000);
-    report("Close latency p50", percentile(closeLatency, 50), 0, "us");
-    report("Close latency p99", percentile(closeLatency, 99), 0, "us");
+    reportLatency("Close latency", closeLatency);
 
     // Delivery under load: 100 bursts of 1,000 codes, no pauses.
     host.connection.clear();

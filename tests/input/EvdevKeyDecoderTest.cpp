@@ -5,13 +5,10 @@
 
 #include <vector>
 
+#include "TestUtil.h"
 #include "input/DeviceSettings.h"
-#include "util/CharsetConversion.h"
-#include "util/SymbolCodecs.h"
 
 namespace {
-
-std::wstring base64(const std::string& bytes) { return ConvertUTF8Input(raw2Base64(bytes).c_str()); }
 
 input_event ev(int type, int code, int value)
 {
@@ -80,15 +77,15 @@ TEST(EvdevKeyDecoder, Gs1DataMatrixWithControlBracket)
 {
     const auto events = strokes({KEY_0, KEY_1}) + held(KEY_LEFTCTRL, strokes({KEY_RIGHTBRACE})) +
                         strokes({KEY_2, KEY_1, KEY_RIGHTBRACE, KEY_ENTER});
-    EXPECT_EQ(decode(events), Codes{base64("01\x1d" "21]")});
+    EXPECT_EQ(decode(events), Codes{b64("01\x1d" "21]")});
 }
 
 TEST(EvdevKeyDecoder, F8IsAlwaysGroupSeparator)
 {
     DeviceSettings s;
     s.gsKey = 3;  // F4
-    EXPECT_EQ(decode(strokes({KEY_0, KEY_F8, KEY_1, KEY_F4, KEY_2, KEY_ENTER}), s), Codes{base64("0\x1d" "1\x1d" "2")});
-    EXPECT_EQ(decode(strokes({KEY_0, KEY_F8, KEY_1, KEY_F4, KEY_ENTER})), Codes{base64("0\x1d" "1")});
+    EXPECT_EQ(decode(strokes({KEY_0, KEY_F8, KEY_1, KEY_F4, KEY_2, KEY_ENTER}), s), Codes{b64("0\x1d" "1\x1d" "2")});
+    EXPECT_EQ(decode(strokes({KEY_0, KEY_F8, KEY_1, KEY_F4, KEY_ENTER})), Codes{b64("0\x1d" "1")});
 }
 
 TEST(EvdevKeyDecoder, ShiftAndCapsLock)
@@ -96,20 +93,20 @@ TEST(EvdevKeyDecoder, ShiftAndCapsLock)
     const auto events = held(KEY_LEFTSHIFT, strokes({KEY_A, KEY_1})) + held(KEY_RIGHTSHIFT, strokes({KEY_SLASH})) +
                         strokes({KEY_B, KEY_CAPSLOCK, KEY_C, KEY_1}) + held(KEY_LEFTSHIFT, strokes({KEY_D})) +
                         strokes({KEY_CAPSLOCK, KEY_E, KEY_ENTER});
-    EXPECT_EQ(decode(events), Codes{base64("A!?bC1De")});
+    EXPECT_EQ(decode(events), Codes{b64("A!?bC1De")});
 }
 
 TEST(EvdevKeyDecoder, KeypadDigitsAndKeypadEnter)
 {
-    EXPECT_EQ(decode(strokes({KEY_KP4, KEY_KP2, KEY_KPDOT, KEY_KPMINUS, KEY_KPENTER})), Codes{base64("42.-")});
+    EXPECT_EQ(decode(strokes({KEY_KP4, KEY_KP2, KEY_KPDOT, KEY_KPMINUS, KEY_KPENTER})), Codes{b64("42.-")});
 }
 
 TEST(EvdevKeyDecoder, SuffixVariants)
 {
     EXPECT_EQ(decode(strokes({KEY_1, KEY_TAB, KEY_2, KEY_ENTER, KEY_3, KEY_TAB}), withSuffix("\t")),
-              (Codes{base64("1"), base64("2\r3")}));
-    EXPECT_EQ(decode(strokes({KEY_1, KEY_ENTER, KEY_2, KEY_KPENTER}), withSuffix("")), (Codes{base64("1"), base64("2")}));
-    EXPECT_EQ(decode(strokes({KEY_1, KEY_2, KEY_SLASH}), withSuffix("/")), Codes{base64("12")});
+              (Codes{b64("1"), b64("2\r3")}));
+    EXPECT_EQ(decode(strokes({KEY_1, KEY_ENTER, KEY_2, KEY_KPENTER}), withSuffix("")), (Codes{b64("1"), b64("2")}));
+    EXPECT_EQ(decode(strokes({KEY_1, KEY_2, KEY_SLASH}), withSuffix("/")), Codes{b64("12")});
     EXPECT_EQ(decode(strokes({KEY_1, KEY_ENTER}), withSuffix("x")), Codes{});
 }
 
@@ -118,9 +115,9 @@ TEST(EvdevKeyDecoder, TestModeNamesSpecialKeysAndKeepsSuffix)
     DeviceSettings s;
     s.testMode = true;
     EXPECT_EQ(decode(strokes({KEY_F1, KEY_HOME, KEY_CAPSLOCK, KEY_ENTER}), s),
-              Codes{base64("'F1''HOME''CAPSLOCK'\r")});
+              Codes{b64("'F1''HOME''CAPSLOCK'\r")});
     // Keypad Enter has a name of its own there, so it ends no code.
-    EXPECT_EQ(decode(strokes({KEY_1, KEY_KPENTER, KEY_ENTER}), s), Codes{base64("1'CR(Numpad)'\r")});
+    EXPECT_EQ(decode(strokes({KEY_1, KEY_KPENTER, KEY_ENTER}), s), Codes{b64("1'CR(Numpad)'\r")});
 }
 
 TEST(EvdevKeyDecoder, LostEventsDiscardTheCodeInProgress)
@@ -129,7 +126,7 @@ TEST(EvdevKeyDecoder, LostEventsDiscardTheCodeInProgress)
                                                                            ev(EV_KEY, KEY_3, 1), ev(EV_KEY, KEY_ENTER, 1),
                                                                            ev(EV_SYN, SYN_REPORT, 0)} +
                         strokes({KEY_4, KEY_5, KEY_ENTER});
-    EXPECT_EQ(decode(events), Codes{base64("45")});
+    EXPECT_EQ(decode(events), Codes{b64("45")});
 }
 
 TEST(EvdevKeyDecoder, AutoRepeatAndUnknownKeysTypeNothing)
@@ -137,7 +134,7 @@ TEST(EvdevKeyDecoder, AutoRepeatAndUnknownKeysTypeNothing)
     const auto events = strokes({KEY_1}) + std::vector<input_event>{ev(EV_KEY, KEY_2, 1), ev(EV_KEY, KEY_2, 2),
                                                                      ev(EV_KEY, KEY_2, 0), ev(EV_MSC, MSC_SCAN, 7)} +
                         strokes({KEY_MUTE, KEY_ENTER});
-    EXPECT_EQ(decode(events), Codes{base64("12")});
+    EXPECT_EQ(decode(events), Codes{b64("12")});
 }
 
 TEST(EvdevKeyDecoder, ResyncTakesHeldModifiersFromTheDevice)
@@ -150,5 +147,5 @@ TEST(EvdevKeyDecoder, ResyncTakesHeldModifiersFromTheDevice)
     for (const input_event& e : strokes({KEY_A}) + held(KEY_LEFTSHIFT, {}) + strokes({KEY_B, KEY_ENTER}))
         if (auto text = decoder.feed(e))
             codes.push_back(*text);
-    EXPECT_EQ(codes, Codes{base64("Ab")});
+    EXPECT_EQ(codes, Codes{b64("Ab")});
 }

@@ -6,15 +6,12 @@
 
 #include "CodeSink.h"
 #include "MockInput.h"
+#include "TestUtil.h"
 #include "XvfbServer.h"
 #include "input/DeviceSettings.h"
 #include "input/InputDeviceKeyboardFactory.h"
-#include "util/CharsetConversion.h"
-#include "util/SymbolCodecs.h"
 
 namespace {
-
-std::wstring base64(const std::string& bytes) { return ConvertUTF8Input(raw2Base64(bytes).c_str()); }
 
 using Codes = std::vector<std::wstring>;
 
@@ -69,7 +66,7 @@ TEST_F(EvdevReader, ScannerByNameWithoutAnyXServer)
     ASSERT_TRUE(source);
     devices.type(keyboard, MockInput::keysOf("99\r"));  // the user's keyboard is not read
     devices.type(scanner, MockInput::keysOf("0104601234567893\r"));
-    EXPECT_EQ(sink.waitFor(1), Codes{base64("0104601234567893")});
+    EXPECT_EQ(sink.waitFor(1), Codes{b64("0104601234567893")});
 }
 
 TEST_F(EvdevReader, Gs1DataMatrixWithControlBracketAndWithF8)
@@ -81,14 +78,14 @@ TEST_F(EvdevReader, Gs1DataMatrixWithControlBracketAndWithF8)
                            keyEvent(KEY_LEFTCTRL, 1), synEvent(), keyEvent(KEY_RIGHTBRACE, 1), synEvent(),
                            keyEvent(KEY_RIGHTBRACE, 0), keyEvent(KEY_LEFTCTRL, 0), synEvent()});
     devices.type(scanner, {KEY_1, KEY_F8, KEY_2, KEY_ENTER});
-    EXPECT_EQ(sink.waitFor(1), Codes{base64("0\x1d" "1\x1d" "2")});
+    EXPECT_EQ(sink.waitFor(1), Codes{b64("0\x1d" "1\x1d" "2")});
 }
 
 TEST_F(EvdevReader, ShiftCapsLockAndKeypad)
 {
     std::vector<int> keys = MockInput::keysOf("Ab");
     keys.insert(keys.end(), {KEY_CAPSLOCK, KEY_C, KEY_CAPSLOCK, KEY_KP7, KEY_KPDOT, KEY_KPENTER});
-    EXPECT_EQ(scan(settingsFor(scannerName), keys), Codes{base64("AbC7.")});
+    EXPECT_EQ(scan(settingsFor(scannerName), keys), Codes{b64("AbC7.")});
 }
 
 TEST_F(EvdevReader, SuffixFromSettings)
@@ -96,18 +93,18 @@ TEST_F(EvdevReader, SuffixFromSettings)
     DeviceSettings s = settingsFor(scannerName);
     s.suffix = "\t";
     s.gsKey = 12;  // INSERT
-    EXPECT_EQ(scan(s, {KEY_1, KEY_INSERT, KEY_2, KEY_ENTER, KEY_3, KEY_TAB}), Codes{base64("1\x1d" "2\r3")});
+    EXPECT_EQ(scan(s, {KEY_1, KEY_INSERT, KEY_2, KEY_ENTER, KEY_3, KEY_TAB}), Codes{b64("1\x1d" "2\r3")});
 }
 
 TEST_F(EvdevReader, TestModeNamesSpecialKeys)
 {
     EXPECT_EQ(scan(settingsFor(scannerName, true), {KEY_F1, KEY_KPENTER, KEY_ENTER}),
-              Codes{base64("'F1''CR(Numpad)'\r")});
+              Codes{b64("'F1''CR(Numpad)'\r")});
 }
 
 TEST_F(EvdevReader, ScannerByUsbIds)
 {
-    EXPECT_EQ(scan(settingsFor("usb:0C2E:0b61"), MockInput::keysOf("42\r")), Codes{base64("42")});
+    EXPECT_EQ(scan(settingsFor("usb:0C2E:0b61"), MockInput::keysOf("42\r")), Codes{b64("42")});
 
     CodeSink none;
     EXPECT_FALSE(open("usb:0c2e:0b62", none));
@@ -125,8 +122,8 @@ TEST_F(EvdevReader, TwoScannersAtOnce)
     ASSERT_TRUE(b);
     devices.type(second, MockInput::keysOf("222\r"));
     devices.type(scanner, MockInput::keysOf("111\r"));
-    EXPECT_EQ(first.waitFor(1), Codes{base64("111")});
-    EXPECT_EQ(other.waitFor(1), Codes{base64("222")});
+    EXPECT_EQ(first.waitFor(1), Codes{b64("111")});
+    EXPECT_EQ(other.waitFor(1), Codes{b64("222")});
 }
 
 TEST_F(EvdevReader, UnknownNameFailsToOpen)
@@ -158,7 +155,7 @@ TEST_F(EvdevReader, UnplugAndReplugRebinds)
     // The reader learns of the return from udev, then opens the new node;
     // keys written before it opens are still read (the testbed keeps them).
     devices.type(back, MockInput::keysOf("2\r"));
-    EXPECT_EQ(sink.waitFor(2), (Codes{base64("1"), base64("2")}));
+    EXPECT_EQ(sink.waitFor(2), (Codes{b64("1"), b64("2")}));
 }
 
 TEST_F(EvdevReader, BoundScannerIsNotSwappedForANewcomer)
@@ -172,7 +169,7 @@ TEST_F(EvdevReader, BoundScannerIsNotSwappedForANewcomer)
     devices.type(scanner, MockInput::keysOf("1\r"));
     devices.type(twin, MockInput::keysOf("8\r"));
     devices.type(scanner, MockInput::keysOf("2\r"));
-    EXPECT_EQ(sink.waitFor(2), (Codes{base64("1"), base64("2")}));
+    EXPECT_EQ(sink.waitFor(2), (Codes{b64("1"), b64("2")}));
     EXPECT_EQ(sink.now().size(), 2u);
 }
 
@@ -184,7 +181,7 @@ TEST_F(EvdevReader, LostEventsDiscardTheCodeInProgress)
     devices.type(scanner, {KEY_1, KEY_2});
     devices.send(scanner, {synEvent(SYN_DROPPED), keyEvent(KEY_3, 1), synEvent()});
     devices.type(scanner, MockInput::keysOf("45\r"));
-    EXPECT_EQ(sink.waitFor(1), Codes{base64("45")});
+    EXPECT_EQ(sink.waitFor(1), Codes{b64("45")});
 }
 
 TEST_F(EvdevReader, ClosingWhileUnpluggedReturns)
@@ -200,5 +197,5 @@ TEST_F(EvdevReader, ClosingWhileUnpluggedReturns)
 TEST_F(EvdevReader, XServerWithoutTheScannerLeavesItToTheKernelPath)
 {
     XvfbServer x;
-    EXPECT_EQ(scan(settingsFor(scannerName), MockInput::keysOf("7\r")), Codes{base64("7")});
+    EXPECT_EQ(scan(settingsFor(scannerName), MockInput::keysOf("7\r")), Codes{b64("7")});
 }
