@@ -120,6 +120,11 @@ void DevTestDialogLinux::InitList()
     gtk->gtk_tree_selection_set_mode(gtk->gtk_tree_view_get_selection(mList), kGtkSelectionSingle);
 }
 
+std::wstring DevTestDialogLinux::scannerSourceName(const std::wstring& port, const std::string& symbology)
+{
+    return symbology.empty() ? port : port + L" " + ConvertUTF8Input(symbology.c_str());
+}
+
 // Every serial node the machine has, by the number in its name.
 void DevTestDialogLinux::ListenPorts()
 {
@@ -138,11 +143,9 @@ void DevTestDialogLinux::DoListenPort(uint32_t port)
     settings.port = port;
     const PortFamily* family = portFamilyOf(port);
     if (family && family->hidPos) {
-        // A HID POS scanner names its symbology: shown beside the source, so
-        // that Copy still takes the code alone.
         auto scanner = std::make_unique<InputDeviceHidPos>(
             DataCallback(), settings, [this, name](const std::wstring& data, const std::string& symbology) {
-                OnInput(symbology.empty() ? name : name + L" " + ConvertUTF8Input(symbology.c_str()), data);
+                OnInput(scannerSourceName(name, symbology), data);
             });
         if (scanner->start())
             sources.emplace(name, std::move(scanner));

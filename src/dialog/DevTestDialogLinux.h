@@ -35,6 +35,9 @@ public:
     // The two columns of one list line.
     static std::pair<std::string, std::string> formatLine(const std::wstring& sourceName,
                                                           const std::wstring& data, OutputDataType ioDataType);
+    // A HID POS scanner's source column names the code's symbology (AIM
+    // identifier) beside the port, so that Copy still takes the code alone.
+    static std::wstring scannerSourceName(const std::wstring& port, const std::string& symbology);
 
 private:
     void ListenPorts();
