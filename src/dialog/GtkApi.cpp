@@ -11,14 +11,9 @@ GtkApi* loadGtk()
         handle = dlopen("libgtk-x11-2.0.so.0", RTLD_NOW | RTLD_LOCAL);
         version = 2;
     }
-    if (!handle)
-        return nullptr;
-    auto* api = new GtkApi();
-    api->majorVersion = version;
-    if (!api->resolve({handle})) {
-        delete api;
-        return nullptr;
-    }
+    GtkApi* api = newCompleteTable<GtkApi>({handle});
+    if (api)
+        api->majorVersion = version;
     return api;
 }
 

@@ -3,7 +3,8 @@
 // are opened when that feature is first used, so that loading the add-in never
 // requires them. A user lists its functions once as `X(ret, name, (args))`,
 // declares its table with RAVLIN_DECLARE_FUNCTION and fills it with
-// RAVLIN_RESOLVE_FUNCTION: a table with any symbol missing is not used at all.
+// RAVLIN_RESOLVE_FUNCTION: a table with any library or symbol missing is not
+// used at all (newCompleteTable).
 #include <dlfcn.h>
 
 #include <initializer_list>
@@ -20,4 +21,19 @@ bool resolveFunction(std::initializer_list<void*> handles, const char* name, Fun
         if (handle && (slot = reinterpret_cast<Function*>(dlsym(handle, name))))
             return true;
     return false;
+}
+
+// A new table filled from the given libraries, or null when one of them could
+// not be opened or any function is missing. A table lives as long as the process.
+template <class Table>
+Table* newCompleteTable(std::initializer_list<void*> handles)
+{
+    for (void* handle : handles)
+        if (!handle)
+            return nullptr;
+    auto* table = new Table();
+    if (table->resolve(handles))
+        return table;
+    delete table;
+    return nullptr;
 }
