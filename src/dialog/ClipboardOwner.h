@@ -8,6 +8,8 @@
 
 #include "util/ReaderThread.h"
 
+struct XApi;
+
 class ClipboardOwner {
 public:
     static ClipboardOwner& instance();
@@ -17,7 +19,7 @@ public:
 
 private:
     ClipboardOwner() = default;
-    void serve();
+    void serve(const XApi& x);
     void stop();
 
     std::mutex lock;

@@ -4,8 +4,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <xcb/xcb.h>
-#include <xcb/xinput.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +12,7 @@
 
 #include "input/EvdevKeyboards.h"
 #include "util/SymbolCodecs.h"
+#include "util/XApi.h"
 
 namespace {
 
@@ -69,25 +68,28 @@ std::string normalisedDeviceName(std::string name)
 std::vector<std::string> listKeyboardDeviceNames()
 {
     std::vector<std::string> names;
-    xcb_connection_t* c = xcb_connect(nullptr, nullptr);
-    if (xcb_connection_has_error(c)) {
-        xcb_disconnect(c);
+    const XApi* x = XApi::get();
+    if (!x)
+        return names;  // no X libraries: as when no server can be reached
+    xcb_connection_t* c = x->xcb_connect(nullptr, nullptr);
+    if (x->xcb_connection_has_error(c)) {
+        x->xcb_disconnect(c);
         return names;
     }
     std::unique_ptr<xcb_input_list_input_devices_reply_t, FreeDeleter> devices(
-        xcb_input_list_input_devices_reply(c, xcb_input_list_input_devices(c), nullptr));
+        x->xcb_input_list_input_devices_reply(c, x->xcb_input_list_input_devices(c), nullptr));
     static const char kKeyboard[] = "KEYBOARD";
     std::unique_ptr<xcb_intern_atom_reply_t, FreeDeleter> keyboardAtom(
-        xcb_intern_atom_reply(c, xcb_intern_atom(c, 1, sizeof kKeyboard - 1, kKeyboard), nullptr));
+        x->xcb_intern_atom_reply(c, x->xcb_intern_atom(c, 1, sizeof kKeyboard - 1, kKeyboard), nullptr));
     if (devices && keyboardAtom && keyboardAtom->atom != XCB_NONE) {
-        const xcb_input_device_info_t* info = xcb_input_list_input_devices_devices(devices.get());
-        xcb_str_iterator_t name = xcb_input_list_input_devices_names_iterator(devices.get());
-        const int count = xcb_input_list_input_devices_devices_length(devices.get());
-        for (int i = 0; i < count && name.rem > 0; ++i, xcb_str_next(&name))
+        const xcb_input_device_info_t* info = x->xcb_input_list_input_devices_devices(devices.get());
+        xcb_str_iterator_t name = x->xcb_input_list_input_devices_names_iterator(devices.get());
+        const int count = x->xcb_input_list_input_devices_devices_length(devices.get());
+        for (int i = 0; i < count && name.rem > 0; ++i, x->xcb_str_next(&name))
             if (info[i].device_type == keyboardAtom->atom)
-                names.emplace_back(xcb_str_name(name.data), xcb_str_name_length(name.data));
+                names.emplace_back(x->xcb_str_name(name.data), x->xcb_str_name_length(name.data));
     }
-    xcb_disconnect(c);
+    x->xcb_disconnect(c);
     return names;
 }
 

@@ -1,16 +1,9 @@
 #include "input/InputDeviceKeyboard.h"
 
-#include <X11/XKBlib.h>
-#include <X11/Xlib-xcb.h>
-#include <X11/Xlib.h>
-#include <X11/extensions/XInput.h>
-#include <X11/extensions/XInput2.h>
 #include <X11/keysym.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
-#include <xcb/xcb.h>
-#include <xcb/xinput.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -19,6 +12,7 @@
 #include "input/DeviceNodes.h"
 #include "util/Logger.h"
 #include "util/SymbolCodecs.h"
+#include "util/XApi.h"
 
 namespace {
 
@@ -30,12 +24,10 @@ struct FreeDeleter {
 template <class T>
 using XcbReply = std::unique_ptr<T, FreeDeleter>;
 
-xcb_connection_t* xcbOf(Display* display) { return XGetXCBConnection(display); }
-
 // A checked request: its error comes back here instead of going to Xlib.
-bool succeeded(xcb_connection_t* c, xcb_void_cookie_t cookie)
+bool succeeded(const XApi& x, xcb_connection_t* c, xcb_void_cookie_t cookie)
 {
-    XcbReply<xcb_generic_error_t> error(xcb_request_check(c, cookie));
+    XcbReply<xcb_generic_error_t> error(x.xcb_request_check(c, cookie));
     return !error;
 }
 
@@ -44,7 +36,8 @@ bool succeeded(xcb_connection_t* c, xcb_void_cookie_t cookie)
 InputDeviceKeyboard::InputDeviceKeyboard(DataCallback callback, const DeviceSettings& settings)
     : InputDevice(std::move(callback)),
       settings(settings),
-      framer(settings)
+      framer(settings),
+      x(XApi::get())
 {
 }
 
@@ -54,7 +47,7 @@ InputDeviceKeyboard::~InputDeviceKeyboard()
     if (display) {
         if (!serverGone && !connectionLost()) {
             unbind();
-            XCloseDisplay(display);
+            x->XCloseDisplay(display);
         } else {
             // Xlib would report the dead connection to the process-wide I/O
             // error handler, which ends the process; only the socket is closed.
@@ -65,17 +58,20 @@ InputDeviceKeyboard::~InputDeviceKeyboard()
 
 bool InputDeviceKeyboard::start()
 {
-    display = XOpenDisplay(nullptr);
+    if (!x)
+        return false;  // no X libraries: as when no server can be reached
+    display = x->XOpenDisplay(nullptr);
     if (!display)
         return false;
+    xcb = x->XGetXCBConnection(display);
     int opcode = 0, event = 0, error = 0;
-    if (!XQueryExtension(display, "XInputExtension", &opcode, &event, &error))
+    if (!x->XQueryExtension(display, "XInputExtension", &opcode, &event, &error))
         return false;
     int major = 2, minor = 0;
-    XIQueryVersion(display, &major, &minor);
+    x->XIQueryVersion(display, &major, &minor);
     root = DefaultRootWindow(display);
     // Fetch the key map now: later the reader must not make Xlib requests of its own.
-    XkbKeycodeToKeysym(display, 8, 0, 0);
+    x->XkbKeycodeToKeysym(display, 8, 0, 0);
     if (!findAndBind() || !selectHierarchyEvents())
         return false;
     return thread.start([this] { ReadThread(); });
@@ -85,23 +81,24 @@ bool InputDeviceKeyboard::start()
 // newer ones also offer an XWAYLAND extension, Debian 12's does not.
 bool InputDeviceKeyboard::serverShows(const std::string& deviceName)
 {
-    Display* display = XOpenDisplay(nullptr);
+    const XApi* x = XApi::get();
+    Display* display = x ? x->XOpenDisplay(nullptr) : nullptr;
     if (!display)
         return false;
     int opcode = 0, event = 0, error = 0;
-    bool shown = false, xwayland = XQueryExtension(display, "XWAYLAND", &opcode, &event, &error);
-    if (!xwayland && XQueryExtension(display, "XInputExtension", &opcode, &event, &error)) {
+    bool shown = false, xwayland = x->XQueryExtension(display, "XWAYLAND", &opcode, &event, &error);
+    if (!xwayland && x->XQueryExtension(display, "XInputExtension", &opcode, &event, &error)) {
         int count = 0;
-        XDeviceInfo* devices = XListInputDevices(display, &count);
+        XDeviceInfo* devices = x->XListInputDevices(display, &count);
         for (int i = 0; i < count; ++i) {
             const std::string name = devices[i].name ? devices[i].name : "";
             xwayland = xwayland || name.rfind("xwayland-", 0) == 0;
             shown = shown || normalisedDeviceName(name) == deviceName;
         }
         if (devices)
-            XFreeDeviceList(devices);
+            x->XFreeDeviceList(devices);
     }
-    XCloseDisplay(display);
+    x->XCloseDisplay(display);
     return shown && !xwayland;
 }
 
@@ -112,7 +109,7 @@ bool InputDeviceKeyboard::serverShows(const std::string& deviceName)
 bool InputDeviceKeyboard::findAndBind()
 {
     int count = 0;
-    XDeviceInfo* devices = XListInputDevices(display, &count);
+    XDeviceInfo* devices = x->XListInputDevices(display, &count);
     int found = -1;
     bool boundStillThere = false;
     for (int i = 0; i < count; ++i) {
@@ -122,7 +119,7 @@ bool InputDeviceKeyboard::findAndBind()
         boundStillThere = boundStillThere || found == deviceId;
     }
     if (devices)
-        XFreeDeviceList(devices);
+        x->XFreeDeviceList(devices);
     if (boundStillThere)
         return true;
     unbind();
@@ -131,17 +128,16 @@ bool InputDeviceKeyboard::findAndBind()
 
 bool InputDeviceKeyboard::bindDevice(int id)
 {
-    xcb_connection_t* c = xcbOf(display);
-    XFlush(display);
+    x->XFlush(display);
     bool ok;
     if (!settings.testMode) {
         // Grabbed, the scanner's keystrokes reach no other window.
-        auto cookie = xcb_input_xi_grab_device(c, static_cast<xcb_window_t>(root), XCB_CURRENT_TIME,
-                                               XCB_NONE, static_cast<xcb_input_device_id_t>(id),
-                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC, 0, 1,
-                                               &kKeyEventMask);
+        auto cookie = x->xcb_input_xi_grab_device(xcb, static_cast<xcb_window_t>(root), XCB_CURRENT_TIME,
+                                                  XCB_NONE, static_cast<xcb_input_device_id_t>(id),
+                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC, 0, 1,
+                                                  &kKeyEventMask);
         xcb_generic_error_t* error = nullptr;
-        XcbReply<xcb_input_xi_grab_device_reply_t> reply(xcb_input_xi_grab_device_reply(c, cookie, &error));
+        XcbReply<xcb_input_xi_grab_device_reply_t> reply(x->xcb_input_xi_grab_device_reply(xcb, cookie, &error));
         std::free(error);
         ok = reply && !error && reply->status == XCB_GRAB_STATUS_SUCCESS;
     } else {
@@ -149,7 +145,8 @@ bool InputDeviceKeyboard::bindDevice(int id)
             xcb_input_event_mask_t head;
             uint32_t bits;
         } mask = {{static_cast<xcb_input_device_id_t>(id), 1}, kKeyEventMask};
-        ok = succeeded(c, xcb_input_xi_select_events_checked(c, static_cast<xcb_window_t>(root), 1, &mask.head));
+        ok = succeeded(*x, xcb,
+                       x->xcb_input_xi_select_events_checked(xcb, static_cast<xcb_window_t>(root), 1, &mask.head));
     }
     if (ok)
         deviceId = id;
@@ -160,29 +157,28 @@ void InputDeviceKeyboard::unbind()
 {
     if (deviceId < 0)
         return;
-    xcb_connection_t* c = xcbOf(display);
     // The device may be gone already; that error is expected and dropped.
-    succeeded(c, xcb_input_xi_ungrab_device_checked(c, XCB_CURRENT_TIME,
-                                                    static_cast<xcb_input_device_id_t>(deviceId.load())));
+    succeeded(*x, xcb, x->xcb_input_xi_ungrab_device_checked(xcb, XCB_CURRENT_TIME,
+                                                             static_cast<xcb_input_device_id_t>(deviceId.load())));
     deviceId = -1;
 }
 
 // Devices come and go (a scanner unplugged and plugged back): watch the list.
 bool InputDeviceKeyboard::selectHierarchyEvents()
 {
-    xcb_connection_t* c = xcbOf(display);
     struct {
         xcb_input_event_mask_t head;
         uint32_t bits;
     } mask = {{XCB_INPUT_DEVICE_ALL, 1}, XI_HierarchyChangedMask};
-    return succeeded(c, xcb_input_xi_select_events_checked(c, static_cast<xcb_window_t>(root), 1, &mask.head));
+    return succeeded(*x, xcb,
+                     x->xcb_input_xi_select_events_checked(xcb, static_cast<xcb_window_t>(root), 1, &mask.head));
 }
 
 // The server closing the connection shows as end of file on its socket. Xlib
 // must never see that itself: it would call the process-wide I/O handler.
 bool InputDeviceKeyboard::connectionLost()
 {
-    if (xcb_connection_has_error(xcbOf(display)))
+    if (x->xcb_connection_has_error(xcb))
         return true;
     char byte;
     const ssize_t n = recv(ConnectionNumber(display), &byte, 1, MSG_PEEK | MSG_DONTWAIT);
@@ -205,8 +201,8 @@ void InputDeviceKeyboard::ReadThread()
         // round trips made while handling a key can draw later events into
         // XCB's queue, where the socket no longer shows them: look again
         // before going to sleep.
-        if (!serverGone && XEventsQueued(display, QueuedAfterReading) > 0) {
-            while (!serverGone && XEventsQueued(display, QueuedAlready) > 0)
+        if (!serverGone && x->XEventsQueued(display, QueuedAfterReading) > 0) {
+            while (!serverGone && x->XEventsQueued(display, QueuedAlready) > 0)
                 handleNextEvent();
             continue;
         }
@@ -219,9 +215,9 @@ void InputDeviceKeyboard::ReadThread()
 void InputDeviceKeyboard::handleNextEvent()
 {
     XEvent event;
-    XNextEvent(display, &event);
+    x->XNextEvent(display, &event);
     XGenericEventCookie* cookie = &event.xcookie;
-    if (cookie->type != GenericEvent || !XGetEventData(display, cookie))
+    if (cookie->type != GenericEvent || !x->XGetEventData(display, cookie))
         return;
     if (cookie->evtype == XI_HierarchyChanged) {
         findAndBind();
@@ -230,8 +226,8 @@ void InputDeviceKeyboard::handleNextEvent()
         if (key->deviceid == deviceId && !focusBelongsToOtherProcess())
             handleKeyPress(static_cast<unsigned>(key->detail) & 0xFF, static_cast<unsigned>(key->mods.base));
     }
-    XFreeEventData(display, cookie);
-    if (xcb_connection_has_error(xcbOf(display)))
+    x->XFreeEventData(display, cookie);
+    if (x->xcb_connection_has_error(xcb))
         serverGone = true;
 }
 
@@ -239,8 +235,8 @@ void InputDeviceKeyboard::handleNextEvent()
 // where no owning process can be told (no focus, PointerRoot, no _NET_WM_PID).
 bool InputDeviceKeyboard::focusBelongsToOtherProcess()
 {
-    xcb_connection_t* c = xcbOf(display);
-    XcbReply<xcb_get_input_focus_reply_t> focus(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
+    XcbReply<xcb_get_input_focus_reply_t> focus(
+        x->xcb_get_input_focus_reply(xcb, x->xcb_get_input_focus(xcb), nullptr));
     // PointerRoot (1) is not a window: asking for its tree would fail.
     if (!focus || focus->focus == XCB_NONE || focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT)
         return false;
@@ -248,22 +244,22 @@ bool InputDeviceKeyboard::focusBelongsToOtherProcess()
     if (pidAtom == XCB_NONE) {
         static const char kPidAtom[] = "_NET_WM_PID";
         XcbReply<xcb_intern_atom_reply_t> atom(
-            xcb_intern_atom_reply(c, xcb_intern_atom(c, 1, sizeof kPidAtom - 1, kPidAtom), nullptr));
+            x->xcb_intern_atom_reply(xcb, x->xcb_intern_atom(xcb, 1, sizeof kPidAtom - 1, kPidAtom), nullptr));
         if (!atom || atom->atom == XCB_NONE)
             return false;
         pidAtom = atom->atom;
     }
     for (xcb_window_t window = focus->focus; window != XCB_NONE;) {
-        XcbReply<xcb_get_property_reply_t> pid(xcb_get_property_reply(
-            c, xcb_get_property(c, 0, window, pidAtom, XCB_ATOM_CARDINAL, 0, 1), nullptr));
+        XcbReply<xcb_get_property_reply_t> pid(x->xcb_get_property_reply(
+            xcb, x->xcb_get_property(xcb, 0, window, pidAtom, XCB_ATOM_CARDINAL, 0, 1), nullptr));
         if (!pid)
             return false;  // the window went away meanwhile
-        if (pid->format == 32 && xcb_get_property_value_length(pid.get()) >= 4)
-            return *static_cast<const uint32_t*>(xcb_get_property_value(pid.get())) !=
+        if (pid->format == 32 && x->xcb_get_property_value_length(pid.get()) >= 4)
+            return *static_cast<const uint32_t*>(x->xcb_get_property_value(pid.get())) !=
                    static_cast<uint32_t>(getpid());
         if (window == root)
             return false;
-        XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(c, xcb_query_tree(c, window), nullptr));
+        XcbReply<xcb_query_tree_reply_t> tree(x->xcb_query_tree_reply(xcb, x->xcb_query_tree(xcb, window), nullptr));
         if (!tree)
             return false;
         window = tree->parent;
@@ -273,11 +269,11 @@ bool InputDeviceKeyboard::focusBelongsToOtherProcess()
 
 void InputDeviceKeyboard::handleKeyPress(unsigned keycode, unsigned mods)
 {
-    const KeySym keysym = XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), 0, (mods & ShiftMask) ? 1 : 0);
+    const KeySym keysym = x->XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), 0, (mods & ShiftMask) ? 1 : 0);
     KeySym translated = keysym;
     char buffer[100] = {};
     int extra = 0;
-    const int typed = XkbTranslateKeySym(display, &translated, mods, buffer, sizeof buffer, &extra) > 0
+    const int typed = x->XkbTranslateKeySym(display, &translated, mods, buffer, sizeof buffer, &extra) > 0
                           ? static_cast<unsigned char>(buffer[0])
                           : KeyFramer::kTypesNothing;
     if (auto text = framer.press(keysym, (mods & ControlMask) != 0, typed))

@@ -9,6 +9,8 @@
 #include "util/ReaderThread.h"
 
 typedef struct _XDisplay Display;
+typedef struct xcb_connection_t xcb_connection_t;
+struct XApi;
 
 // Reads a scanner that presents itself as a keyboard, through X Input 2: the
 // device named in the settings is grabbed (or, in test mode, only listened
@@ -46,7 +48,9 @@ private:
 
     const DeviceSettings settings;
     KeyFramer framer;  // used by the reader only
+    const XApi* const x;  // null without the X libraries
     Display* display = nullptr;
+    xcb_connection_t* xcb = nullptr;  // the display's own, for the requests whose errors are checked
     unsigned long root = 0;
     uint32_t pidAtom = 0;  // _NET_WM_PID, 0 until the server has it
     std::atomic<long> deviceId{-1};
