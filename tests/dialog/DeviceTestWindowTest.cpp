@@ -139,7 +139,7 @@ TEST(DeviceTestWindowWithoutServer, ReturnsTrueAndShowsNothing)
 
 TEST(DeviceTestWindowLibrary, NoToolkitLinkedIn)
 {
-    for (const std::string& needed : neededLibraries(RAVLIN_LIBRARY_PATH))
+    for (const std::string& needed : neededLibraries(testedLibrary()))
         for (const char* toolkit : {"gtk", "gdk", "glib", "gobject", "gio"})
             EXPECT_EQ(needed.find(toolkit), std::string::npos) << needed;
 }

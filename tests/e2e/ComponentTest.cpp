@@ -24,7 +24,7 @@ const long kParamCounts[] = {0, 7, 1, 1, 2, 1, 1, 2, 1, 1};
 
 TEST(Exports, ExactlyTheFourEntryPoints)
 {
-    EXPECT_EQ(definedDynamicSymbols(RAVLIN_LIBRARY_PATH),
+    EXPECT_EQ(definedDynamicSymbols(testedLibrary()),
               (std::set<std::string>{"GetClassNames", "GetClassObject", "DestroyObject",
                                      "SetPlatformCapabilities"}));
 }
@@ -37,7 +37,7 @@ TEST_F(ComponentTest, ClassNamesAndCreation)
     // loads and unloads the library again and again leaks nothing.
     Dl_info where{};
     ASSERT_NE(dladdr(host.getClassNames(), &where), 0);
-    EXPECT_STREQ(where.dli_fname, RAVLIN_LIBRARY_PATH);
+    EXPECT_EQ(where.dli_fname, testedLibrary());
     EXPECT_EQ(host.setPlatformCapabilities(12345), 1);
 
     const auto unknown = toShort(L"Scanner");

@@ -1,5 +1,6 @@
 #pragma once
-// The host the tests play: the add-in built in this tree, loaded as the platform loads it.
+// The host the tests play: the add-in built in this tree (or the one
+// RAVLIN_LIBRARY names, such as a release build), loaded as the platform loads it.
 #include <gmock/gmock.h>
 
 #include <ostream>
@@ -7,9 +8,14 @@
 #include "AddinHost.h"
 #include "util/CharsetConversion.h"
 
+inline std::string testedLibrary()
+{
+    return addinLibrary(RAVLIN_LIBRARY_PATH);
+}
+
 class TestHost : public AddinHost {
 public:
-    TestHost() : AddinHost(RAVLIN_LIBRARY_PATH) {}
+    TestHost() : AddinHost(testedLibrary()) {}
 };
 
 // Matches an event that arrived and carries this data.

@@ -235,6 +235,12 @@ bool Component::close(const std::wstring& id)
     return r.returned && r.result.boolean;
 }
 
+std::string addinLibrary(const std::string& otherwise)
+{
+    const char* chosen = std::getenv("RAVLIN_LIBRARY");
+    return chosen && *chosen ? chosen : otherwise;
+}
+
 AddinHost::AddinHost(const std::string& libraryPath)
 {
     handle = dlopen(libraryPath.c_str(), RTLD_NOW | RTLD_LOCAL);

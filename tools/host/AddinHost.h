@@ -113,6 +113,10 @@ private:
 tVariant intVar(int value);
 tVariant boolVar(bool value);
 
+// The add-in a host loads: the file named by RAVLIN_LIBRARY when that is set
+// (an installed or released build), otherwise the given one.
+std::string addinLibrary(const std::string& otherwise);
+
 class AddinHost {
 public:
     explicit AddinHost(const std::string& libraryPath);

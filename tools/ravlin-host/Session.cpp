@@ -26,7 +26,7 @@ std::string libraryPath()
     if (n <= 0)
         throw std::runtime_error("cannot find this program's folder");
     std::string path(self, static_cast<size_t>(n));
-    return path.substr(0, path.rfind('/') + 1) + "RavlinNativeLin64.so";
+    return addinLibrary(path.substr(0, path.rfind('/') + 1) + "RavlinNativeLin64.so");
 }
 
 Session::Session(const std::string& locale, const std::wstring& className)

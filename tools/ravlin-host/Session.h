@@ -1,6 +1,6 @@
 #pragma once
 // What every subcommand starts from: the add-in loaded from beside this
-// program, one component created and initialised as the platform does it.
+// program (or from RAVLIN_LIBRARY), one component created and initialised as the platform does it.
 #include <optional>
 #include <string>
 #include <vector>
