@@ -1,9 +1,8 @@
-// ravlin-host demo: a virtual scanner in a private /dev, played at a
-// scanner's pace into the driver, opened exactly as `listen --set Port=129`.
+// ravlin-host demo: a virtual scanner in a private /dev plays three codes into
+// the driver, opened exactly as `listen --set Port=129`.
 #include <algorithm>
 #include <chrono>
 #include <iostream>
-#include <thread>
 
 #include "Command.h"
 #include "PrivateDev.h"
@@ -23,15 +22,6 @@ const Scan kScans[] = {
     {"Code 128", "RAVLIN-2026-0001"},
     {"GS1 DataMatrix marking code", "0104601234567893215Ab3cDe\x1D" "91EE06\x1D" "92dGVzdGtleQ=="},
 };
-
-// A 9600-baud line: about a millisecond a character, in small pieces.
-void play(VirtualSerialPort& line, const std::string& bytes)
-{
-    for (char c : bytes) {
-        line.write(std::string(1, c));
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-}
 
 int demo(char* self, std::string locale)
 {
@@ -59,9 +49,11 @@ int demo(char* self, std::string locale)
     for (const Scan& scan : kScans) {
         std::cout << "scan: " << scan.kind << "\n";
         for (VirtualSerialPort* line : {&text, &base64}) {
-            play(*line, scan.bytes);
+            // A code and its suffix in one write, as a scanner sends them in
+            // one burst: written piece by piece, a busy machine could sleep
+            // longer than TimeoutCOM between pieces and cut the code in two.
             const auto written = std::chrono::steady_clock::now();
-            line->write("\r");
+            line->write(scan.bytes + "\r");
             ++sent;
             const auto e = session.host.connection.waitForEvent(received + 1, std::chrono::seconds(5));
             if (!e)
