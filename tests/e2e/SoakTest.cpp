@@ -20,11 +20,19 @@
 // The sanitizers replace malloc; their allocator knows what is live.
 extern "C" size_t __sanitizer_get_current_allocated_bytes();
 size_t liveHeapBytes() { return __sanitizer_get_current_allocated_bytes(); }
-#else
+#elif defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 33)
 size_t liveHeapBytes()
 {
     const struct mallinfo2 m = mallinfo2();
     return m.uordblks + m.hblkhd;
+}
+#else
+// glibc before 2.33 (the release build's Debian 11) has only mallinfo, whose
+// int fields are enough for the few megabytes this test holds.
+size_t liveHeapBytes()
+{
+    const struct mallinfo m = mallinfo();
+    return static_cast<size_t>(static_cast<unsigned>(m.uordblks)) + static_cast<unsigned>(m.hblkhd);
 }
 #endif
 

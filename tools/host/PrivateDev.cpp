@@ -79,10 +79,12 @@ void enterPrivateDev(int argc, char** argv)
     bindDir(staging, "shm");
     for (const char* name : {"null", "zero", "full", "random", "urandom", "tty"})
         bindFile(staging, name);
-    symlink("/proc/self/fd", (std::string(staging) + "/fd").c_str());
+    if (symlink("/proc/self/fd", (std::string(staging) + "/fd").c_str()) != 0)
+        die("symlink fd");
     // The ptmx node finds its devpts instance through a "pts" beside it; a
     // link into the bound pts keeps new pseudo-terminals in the real instance.
-    symlink("pts/ptmx", (std::string(staging) + "/ptmx").c_str());
+    if (symlink("pts/ptmx", (std::string(staging) + "/ptmx").c_str()) != 0)
+        die("symlink ptmx");
     if (mount(staging, "/dev", "none", MS_MOVE, nullptr) != 0)
         die("move onto /dev");
     rmdir(staging);
