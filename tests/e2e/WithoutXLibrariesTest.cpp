@@ -100,7 +100,7 @@ protected:
 
 TEST(XLibraries, NoneInTheAddinsNeededList)
 {
-    const std::vector<std::string> needed = neededLibraries(RAVLIN_LIBRARY_PATH);
+    const std::vector<std::string> needed = neededLibraries(testedLibrary());
     ASSERT_FALSE(needed.empty());
     for (const std::string& library : kXLibraries)
         EXPECT_EQ(std::count(needed.begin(), needed.end(), library), 0) << library;
