@@ -59,20 +59,12 @@ struct GtkTreeIter {
     X(void, g_free, (void*))
 
 struct GtkApi {
-    RAVLIN_GTK_FUNCTIONS(RAVLIN_DECLARE_FUNCTION)
+    RAVLIN_FUNCTION_TABLE(RAVLIN_GTK_FUNCTIONS)
 
     // The toolkit ready to use on the calling thread, or null when there is no
     // toolkit or no display. Loaded once; a toolkit is never unloaded.
     static const GtkApi* get();
     int majorVersion = 0;
-
-    // Fills the table from the given libraries; false when any function is missing.
-    bool resolve(std::initializer_list<void*> handles)
-    {
-        bool complete = true;
-        RAVLIN_GTK_FUNCTIONS(RAVLIN_RESOLVE_FUNCTION)
-        return complete;
-    }
 };
 
 constexpr unsigned long kGTypeString = 16 << 2;  // G_TYPE_STRING, a fundamental type

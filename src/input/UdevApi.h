@@ -36,17 +36,9 @@ struct udev_monitor;
     X(udev_device*, udev_monitor_receive_device, (udev_monitor*))
 
 struct UdevApi {
-    RAVLIN_UDEV_FUNCTIONS(RAVLIN_DECLARE_FUNCTION)
+    RAVLIN_FUNCTION_TABLE(RAVLIN_UDEV_FUNCTIONS)
 
     // The loaded library, or null when it or one of its functions is missing.
     // Loaded once and never unloaded.
     static const UdevApi* get();
-
-    // Fills the table from the given libraries; false when any function is missing.
-    bool resolve(std::initializer_list<void*> handles)
-    {
-        bool complete = true;
-        RAVLIN_UDEV_FUNCTIONS(RAVLIN_RESOLVE_FUNCTION)
-        return complete;
-    }
 };

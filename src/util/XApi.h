@@ -87,18 +87,10 @@
       (xcb_connection_t*, xcb_timestamp_t, xcb_input_device_id_t))
 
 struct XApi {
-    RAVLIN_X_FUNCTIONS(RAVLIN_DECLARE_FUNCTION)
+    RAVLIN_FUNCTION_TABLE(RAVLIN_X_FUNCTIONS)
 
     // The X client libraries, or null when one of them or one of their
     // functions is missing. Loaded by the first caller, whichever thread it
     // is on; never unloaded.
     static const XApi* get();
-
-    // Fills the table from the given libraries; false when any function is missing.
-    bool resolve(std::initializer_list<void*> handles)
-    {
-        bool complete = true;
-        RAVLIN_X_FUNCTIONS(RAVLIN_RESOLVE_FUNCTION)
-        return complete;
-    }
 };
