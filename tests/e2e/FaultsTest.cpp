@@ -103,6 +103,9 @@ TEST_F(Faults, MegabyteWithoutTheSuffixIsDroppedAndFramingRecovers)
 {
     VirtualSerialPort line("ttyUSB0");
     Component c = makeOnPort(129);
+    // A loaded machine can stall the writer for more than the default 5 ms,
+    // which would rightly end the code there: give the line the longest pause.
+    ASSERT_TRUE(c.setParameter(L"TimeoutCOM", intVar(1000)));
     ASSERT_FALSE(c.open().empty());
     line.write(std::string(2 * 1024 * 1024, '7'));
     line.write("\r12\r");
