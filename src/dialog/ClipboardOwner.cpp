@@ -11,11 +11,9 @@ enum { Clipboard, Targets, Utf8String, String };
 
 xcb_atom_t intern(const XApi& x, xcb_connection_t* c, const char* name)
 {
-    xcb_intern_atom_reply_t* reply =
-        x.xcb_intern_atom_reply(c, x.xcb_intern_atom(c, 0, static_cast<uint16_t>(std::strlen(name)), name), nullptr);
-    const xcb_atom_t atom = reply ? reply->atom : XCB_NONE;
-    std::free(reply);
-    return atom;
+    const XcbReply<xcb_intern_atom_reply_t> reply(
+        x.xcb_intern_atom_reply(c, x.xcb_intern_atom(c, 0, static_cast<uint16_t>(std::strlen(name)), name), nullptr));
+    return reply ? reply->atom : XCB_NONE;
 }
 
 }  // namespace
@@ -61,11 +59,9 @@ bool ClipboardOwner::setText(const std::string& utf8)
     for (int i = 0; i < 4; ++i)
         atoms[i] = intern(*x, c, names[i]);
     x->xcb_set_selection_owner(c, window, atoms[Clipboard], XCB_CURRENT_TIME);
-    xcb_get_selection_owner_reply_t* owner =
-        x->xcb_get_selection_owner_reply(c, x->xcb_get_selection_owner(c, atoms[Clipboard]), nullptr);
-    const bool owned = owner && owner->owner == window;
-    std::free(owner);
-    return owned && thread.start([this, x] { serve(*x); });
+    const XcbReply<xcb_get_selection_owner_reply_t> owner(
+        x->xcb_get_selection_owner_reply(c, x->xcb_get_selection_owner(c, atoms[Clipboard]), nullptr));
+    return owner && owner->owner == window && thread.start([this, x] { serve(*x); });
 }
 
 void ClipboardOwner::serve(const XApi& x)

@@ -44,10 +44,6 @@ void walk(int dirFd, const std::string& path, const std::string& prefix, std::ve
     closedir(dir);
 }
 
-struct FreeDeleter {
-    void operator()(void* p) const { std::free(p); }
-};
-
 }  // namespace
 
 std::vector<std::string> findDeviceNodes(const std::string& prefix, const std::string& root)
@@ -76,10 +72,10 @@ std::vector<std::string> listKeyboardDeviceNames()
         x->xcb_disconnect(c);
         return names;
     }
-    std::unique_ptr<xcb_input_list_input_devices_reply_t, FreeDeleter> devices(
+    XcbReply<xcb_input_list_input_devices_reply_t> devices(
         x->xcb_input_list_input_devices_reply(c, x->xcb_input_list_input_devices(c), nullptr));
     static const char kKeyboard[] = "KEYBOARD";
-    std::unique_ptr<xcb_intern_atom_reply_t, FreeDeleter> keyboardAtom(
+    XcbReply<xcb_intern_atom_reply_t> keyboardAtom(
         x->xcb_intern_atom_reply(c, x->xcb_intern_atom(c, 1, sizeof kKeyboard - 1, kKeyboard), nullptr));
     if (devices && keyboardAtom && keyboardAtom->atom != XCB_NONE) {
         const xcb_input_device_info_t* info = x->xcb_input_list_input_devices_devices(devices.get());

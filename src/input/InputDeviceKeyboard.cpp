@@ -18,12 +18,6 @@ namespace {
 
 constexpr uint32_t kKeyEventMask = XI_KeyPressMask | XI_KeyReleaseMask;
 
-struct FreeDeleter {
-    void operator()(void* p) const { std::free(p); }
-};
-template <class T>
-using XcbReply = std::unique_ptr<T, FreeDeleter>;
-
 // A checked request: its error comes back here instead of going to Xlib.
 bool succeeded(const XApi& x, xcb_connection_t* c, xcb_void_cookie_t cookie)
 {

@@ -13,6 +13,9 @@
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
 
+#include <cstdlib>
+#include <memory>
+
 #include "util/RuntimeLibrary.h"
 
 #define RAVLIN_X_FUNCTIONS(X)                                                                                \
@@ -94,3 +97,10 @@ struct XApi {
     // is on; never unloaded.
     static const XApi* get();
 };
+
+// An XCB reply (or error), which the library allocates with malloc.
+struct XcbFree {
+    void operator()(void* p) const { std::free(p); }
+};
+template <class T>
+using XcbReply = std::unique_ptr<T, XcbFree>;
