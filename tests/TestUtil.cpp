@@ -91,3 +91,15 @@ static size_t countEntries(const char* path)
 
 size_t openDescriptorCount() { return countEntries("/proc/self/fd"); }
 size_t threadCount() { return countEntries("/proc/self/task"); }
+
+std::set<pid_t> threadIds()
+{
+    std::set<pid_t> ids;
+    if (DIR* d = opendir("/proc/self/task")) {
+        while (dirent* e = readdir(d))
+            if (e->d_name[0] != '.')
+                ids.insert(static_cast<pid_t>(std::atoi(e->d_name)));
+        closedir(d);
+    }
+    return ids;
+}

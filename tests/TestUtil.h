@@ -1,6 +1,7 @@
 #pragma once
 // Small helpers shared by the test programs.
 #include <cstdint>
+#include <set>
 #include <string>
 
 #include "input/DeviceSettings.h"
@@ -23,3 +24,6 @@ double threadCpuSeconds(pid_t tid);
 // Entries of /proc/self/fd and /proc/self/task: descriptors and threads now open.
 size_t openDescriptorCount();
 size_t threadCount();
+// The ids of this process's threads now. Where a library of the test (umockdev's
+// GLib) starts and ends threads of its own, compare ids, not counts.
+std::set<pid_t> threadIds();
