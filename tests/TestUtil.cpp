@@ -77,29 +77,19 @@ double threadCpuSeconds(pid_t tid)
     return static_cast<double>(utime + stime) / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
-static size_t countEntries(const char* path)
+// The numbered entries of a /proc folder (descriptors, threads).
+static std::set<pid_t> numberedEntries(const char* path)
 {
-    size_t n = 0;
+    std::set<pid_t> numbers;
     if (DIR* d = opendir(path)) {
         while (dirent* e = readdir(d))
             if (e->d_name[0] != '.')
-                ++n;
+                numbers.insert(static_cast<pid_t>(std::atoi(e->d_name)));
         closedir(d);
     }
-    return n;
+    return numbers;
 }
 
-size_t openDescriptorCount() { return countEntries("/proc/self/fd"); }
-size_t threadCount() { return countEntries("/proc/self/task"); }
-
-std::set<pid_t> threadIds()
-{
-    std::set<pid_t> ids;
-    if (DIR* d = opendir("/proc/self/task")) {
-        while (dirent* e = readdir(d))
-            if (e->d_name[0] != '.')
-                ids.insert(static_cast<pid_t>(std::atoi(e->d_name)));
-        closedir(d);
-    }
-    return ids;
-}
+size_t openDescriptorCount() { return numberedEntries("/proc/self/fd").size(); }
+std::set<pid_t> threadIds() { return numberedEntries("/proc/self/task"); }
+size_t threadCount() { return threadIds().size(); }

@@ -21,9 +21,9 @@ std::string runCommand(const std::string& command);
 
 // CPU time (user + system) a thread of this process has used, in seconds.
 double threadCpuSeconds(pid_t tid);
-// Entries of /proc/self/fd and /proc/self/task: descriptors and threads now open.
+// Descriptors now open (entries of /proc/self/fd).
 size_t openDescriptorCount();
-size_t threadCount();
-// The ids of this process's threads now. Where a library of the test (umockdev's
-// GLib) starts and ends threads of its own, compare ids, not counts.
+// The ids of this process's threads now, and how many. Where a library of the
+// test (umockdev's GLib) starts and ends threads of its own, compare ids.
 std::set<pid_t> threadIds();
+size_t threadCount();
