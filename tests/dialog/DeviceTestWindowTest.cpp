@@ -7,6 +7,7 @@
 
 #include "ChildProcess.h"
 #include "ElfInfo.h"
+#include "FirstScanInWindow.h"
 #include "TestHost.h"
 #include "TestUtil.h"
 #include "VirtualSerialPort.h"
@@ -44,11 +45,6 @@ const std::vector<std::string> kSanitizerSettings = {
     "LSAN_OPTIONS=suppressions=" RAVLIN_TEST_DATA "/dialog/lsan.supp",
     "TSAN_OPTIONS=suppressions=" RAVLIN_TEST_DATA "/tsan.supp"};
 
-std::string clipboard()
-{
-    return runCommand("timeout 5 xclip -o -selection clipboard 2>/dev/null");
-}
-
 class DeviceTestWindow : public ::testing::TestWithParam<HostKind> {};
 
 }  // namespace
@@ -77,10 +73,7 @@ TEST_P(DeviceTestWindow, ListsCopiesClearsAndCloses)
 
     // A code with no suffix at all: the window's serial sources end codes on a pause.
     usb.write("0104\x1D" "21AB");
-    std::this_thread::sleep_for(500ms);
-    x.click(wx + 150, wy + at.firstRowY);
-    x.click(buttonX, wy + at.copyY);
-    EXPECT_EQ(clipboard(), "0104 'GS' 21AB");
+    EXPECT_EQ(copyRowOnceListed(x, wx + 150, wy + at.firstRowY, buttonX, wy + at.copyY), "0104 'GS' 21AB");
 
     mkdir(RAVLIN_ARTIFACT_DIR, 0755);
     const std::string shot = std::string(RAVLIN_ARTIFACT_DIR "/device-test") +
@@ -92,7 +85,7 @@ TEST_P(DeviceTestWindow, ListsCopiesClearsAndCloses)
     x.click(wx + 150, wy + at.firstRowY);
     x.click(buttonX, wy + at.copyY);
     std::this_thread::sleep_for(100ms);
-    EXPECT_EQ(clipboard(), "0104 'GS' 21AB");
+    EXPECT_EQ(clipboardText(), "0104 'GS' 21AB");
 
     const auto closing = std::chrono::steady_clock::now();
     x.click(buttonX, wy + at.closeY);
@@ -104,7 +97,7 @@ TEST_P(DeviceTestWindow, ListsCopiesClearsAndCloses)
         EXPECT_NE(result.find("gtk 3"), std::string::npos);
     }
     // The copied code outlives the window for as long as the host runs.
-    EXPECT_EQ(clipboard(), "0104 'GS' 21AB");
+    EXPECT_EQ(clipboardText(), "0104 'GS' 21AB");
     host.closeInput();
     EXPECT_EQ(host.wait(), 0);
 }

@@ -11,8 +11,29 @@
 #include <thread>
 
 #include "ChildProcess.h"
+#include "HangTimeout.h"
 #include "TestUtil.h"
 #include "XClient.h"
+
+inline std::string clipboardText()
+{
+    return runCommand("timeout 60 xclip -o -selection clipboard 2>/dev/null");
+}
+
+// Selects the row and clicks Copy until the clipboard holds something: the
+// row is there only once the scan has crossed the reader thread and the
+// window's idle handler. What the clipboard then holds; empty if it never came.
+inline std::string copyRowOnceListed(XClient& x, int rowX, int rowY, int copyX, int copyY)
+{
+    std::string copied;
+    waitUntil([&] {
+        x.click(rowX, rowY);
+        x.click(copyX, copyY);
+        copied = clipboardText();
+        return !copied.empty();
+    });
+    return copied;
+}
 
 // What Copy took from the first row; empty when the row never came.
 inline std::string copyFirstScanInWindow(XClient& x, const std::function<void()>& scan)
@@ -26,15 +47,7 @@ inline std::string copyFirstScanInWindow(XClient& x, const std::function<void()>
     x.geometry(window, wx, wy, width, height);
     scan();
     const int firstRowY = 42, buttonsFromRight = 57, copyY = 94, closeY = 20;
-    std::string copied;
-    // Until the row is there (the scan crosses the reader thread and the
-    // window's idle handler first).
-    for (int attempt = 0; attempt < 50 && copied.empty(); ++attempt) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        x.click(wx + 150, wy + firstRowY);
-        x.click(wx + width - buttonsFromRight, wy + copyY);
-        copied = runCommand("timeout 5 xclip -o -selection clipboard 2>/dev/null");
-    }
+    const std::string copied = copyRowOnceListed(x, wx + 150, wy + firstRowY, wx + width - buttonsFromRight, wy + copyY);
     x.click(wx + width - buttonsFromRight, wy + closeY);
     EXPECT_EQ(host.readLine().rfind("DeviceTest returned 1 result 1", 0), 0u);
     host.closeInput();

@@ -64,7 +64,7 @@ TEST_F(Faults, CloseAndDestroyWhileEventsAreDelivered)
         Component c = makeOnPort(129);
         const std::wstring id = c.open();
         ASSERT_FALSE(id.empty());
-        host.connection.waitForEvent(host.connection.events().size() + 1, 2s);
+        host.connection.waitForEvent(host.connection.events().size() + 1);
         if (round % 2) {
             EXPECT_TRUE(c.close(id));
         }
@@ -90,7 +90,7 @@ TEST_F(Faults, MegabyteCodeWithoutSuffix)
     ASSERT_FALSE(c.open().empty());
     const std::string code(1000000, '7');
     line.write(code);
-    const auto e = host.connection.waitForEvent(1, 30s);
+    const auto e = host.connection.waitForEvent(1);
     ASSERT_TRUE(e);
     EXPECT_EQ(e->data.size(), code.size());
     EXPECT_EQ(e->data.find_first_not_of(L'7'), std::wstring::npos);
@@ -109,7 +109,7 @@ TEST_F(Faults, MegabyteWithoutTheSuffixIsDroppedAndFramingRecovers)
     ASSERT_FALSE(c.open().empty());
     line.write(std::string(2 * 1024 * 1024, '7'));
     line.write("\r12\r");
-    EXPECT_THAT(host.connection.waitForEvent(1, 30s), EventData(L"12"));
+    EXPECT_THAT(host.connection.waitForEvent(1), EventData(L"12"));
     std::this_thread::sleep_for(100ms);
     EXPECT_EQ(host.connection.events().size(), 1u);
 }
@@ -131,8 +131,15 @@ TEST_F(Faults, FloodForTenSecondsStaysBoundedAndClosesPromptly)
     }
     // Far below what ten seconds of a flooding line would pile up unbounded.
     EXPECT_LT(peak - before, 400) << "resident memory grew from " << before << " MB to " << peak << " MB";
+    // The flood's tail may still be in the line and end, with the first CR,
+    // as a code of its own; the code after it must come whole.
     line.write("\rok\r");
-    EXPECT_THAT(host.connection.waitForEvent(1, 10s), EventData(L"ok"));
+    ASSERT_TRUE(waitUntil([&] {
+        const auto events = host.connection.events();
+        return !events.empty() && events.back().data == L"ok";
+    }));
+    for (const HostEvent& e : host.connection.events())
+        EXPECT_TRUE(e.data == L"ok" || e.data.find_first_not_of(L'x') == std::wstring::npos);
     EXPECT_TRUE(c.close(id));
 }
 

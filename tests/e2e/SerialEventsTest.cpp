@@ -168,11 +168,11 @@ TEST_F(SerialEvents, UnpluggedScannerResumesAfterReplug)
     std::this_thread::sleep_for(300ms);
     line.plug();
     const size_t before = host.connection.events().size();
-    for (int i = 0; i < 50 && host.connection.events().size() == before; ++i) {
+    EXPECT_TRUE(waitUntil([&] {
         line.write("2\r");
-        host.connection.waitForEvents(before + 1, 100ms);
-    }
-    const auto events = host.connection.waitForEvents(before + 1);
+        return host.connection.waitForEvents(before + 1, 100ms).size() > before;
+    }));
+    const auto events = host.connection.events();
     ASSERT_GT(events.size(), before);
     EXPECT_EQ(events[before].data, L"2");
 }

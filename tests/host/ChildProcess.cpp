@@ -58,9 +58,9 @@ ChildProcess::~ChildProcess()
     close(out);
 }
 
-std::string ChildProcess::readLine(int milliseconds)
+std::string ChildProcess::readLine(std::chrono::milliseconds timeout)
 {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
     for (;;) {
         const size_t newline = buffered.find('\n');
         if (newline != std::string::npos) {
@@ -87,9 +87,9 @@ void ChildProcess::closeInput()
     in = -1;
 }
 
-int ChildProcess::wait(int milliseconds)
+int ChildProcess::wait(std::chrono::milliseconds timeout)
 {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
     while (pid > 0) {
         int status = 0;
         const pid_t r = waitpid(pid, &status, WNOHANG);
@@ -109,10 +109,10 @@ std::pair<std::string, int> ChildProcess::run(const std::vector<std::string>& ar
 {
     ChildProcess program(argv, extraEnv, true);
     std::string all;
-    for (std::string line; !(line = program.readLine(20000)).empty() || all.empty();) {
+    for (std::string line; !(line = program.readLine()).empty() || all.empty();) {
         all += line + "\n";
         if (line.empty())
             break;
     }
-    return {all, program.wait(20000)};
+    return {all, program.wait()};
 }

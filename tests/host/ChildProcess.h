@@ -2,9 +2,12 @@
 // A helper program the test starts and talks to over its standard streams.
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "HangTimeout.h"
 
 class ChildProcess {
 public:
@@ -16,10 +19,10 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     // One line of its output, or empty after the deadline.
-    std::string readLine(int milliseconds = 10000);
+    std::string readLine(std::chrono::milliseconds timeout = kHangTimeout);
     void closeInput();
     // Its exit status, waiting for it; -1 when it did not end in time (it is killed).
-    int wait(int milliseconds = 10000);
+    int wait(std::chrono::milliseconds timeout = kHangTimeout);
 
     // Runs a program to its end: everything it printed (both streams) and its exit status.
     static std::pair<std::string, int> run(const std::vector<std::string>& argv,

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "HangTimeout.h"
 #include "input/InputDevice.h"
 
 class CodeSink {
@@ -22,7 +23,7 @@ public:
             arrived.notify_all();
         };
     }
-    std::vector<std::wstring> waitFor(size_t n, std::chrono::milliseconds deadline = std::chrono::seconds(5))
+    std::vector<std::wstring> waitFor(size_t n, std::chrono::milliseconds deadline = kHangTimeout)
     {
         std::unique_lock<std::mutex> g(lock);
         arrived.wait_for(g, deadline, [&] { return codes.size() >= n; });

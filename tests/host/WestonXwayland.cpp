@@ -19,7 +19,7 @@ WestonXwayland::WestonXwayland()
                                  "--idle-time=0", "--no-config"},
         std::vector<std::string>{}, true);
     const std::string marker = "xserver listening on display ";
-    for (std::string line; (line = weston->readLine(20000)) != "";) {
+    for (std::string line; (line = weston->readLine()) != "";) {
         const size_t at = line.find(marker);
         if (at != std::string::npos) {
             name = line.substr(at + marker.size());

@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "HangTimeout.h"
+
 XClient::XClient() : dpy(XOpenDisplay(nullptr))
 {
     if (!dpy)
@@ -155,9 +157,9 @@ std::string windowName(Display* dpy, Window w)
 
 }  // namespace
 
-Window XClient::waitForWindow(const std::string& title, int milliseconds)
+Window XClient::waitForWindow(const std::string& title)
 {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    const auto deadline = std::chrono::steady_clock::now() + kHangTimeout;
     while (std::chrono::steady_clock::now() < deadline) {
         Window root, parent, *children = nullptr;
         unsigned count = 0;

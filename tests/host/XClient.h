@@ -31,7 +31,7 @@ public:
     bool grabSucceeds(int deviceId);  // tries a grab from this client, releases it
 
     // The top-level window whose _NET_WM_NAME is title, or 0 after the deadline.
-    Window waitForWindow(const std::string& title, int milliseconds = 10000);
+    Window waitForWindow(const std::string& title);
     // Its position on the screen and its size.
     void geometry(Window w, int& x, int& y, int& width, int& height);
     // A left click at a point of the screen, as a person's pointer would make it.

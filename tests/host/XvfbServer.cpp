@@ -8,9 +8,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 #include <vector>
+
+#include "HangTimeout.h"
 
 extern char** environ;
 
@@ -37,7 +40,8 @@ XvfbServer::XvfbServer()
     std::string number;
     pollfd p{ready[0], POLLIN, 0};
     char c;
-    while (poll(&p, 1, 20000) > 0 && read(ready[0], &c, 1) == 1 && c != '\n')
+    const int patienceMs = static_cast<int>(std::chrono::milliseconds(kHangTimeout).count());
+    while (poll(&p, 1, patienceMs) > 0 && read(ready[0], &c, 1) == 1 && c != '\n')
         number += c;
     close(ready[0]);
     if (number.empty()) {

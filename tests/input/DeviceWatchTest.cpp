@@ -3,13 +3,14 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
+#include "HangTimeout.h"
 #include "MockInput.h"
 
 namespace {
 
-// Generous: the testbed announces a device before plug() returns, so a
-// working watch is readable at once; only a broken one waits this long.
-constexpr int kPatienceMs = 5000;
+// The testbed announces a device before plug() returns, so a working watch
+// is readable at once; only a broken one waits this long.
+const int kPatienceMs = static_cast<int>(std::chrono::milliseconds(kHangTimeout).count());
 
 bool readable(const DeviceWatch& watch, int timeoutMs)
 {

@@ -192,9 +192,7 @@ TEST_F(HidPosReader, UnplugAndReplugUnderAnotherNode)
     bed.unplug(9);
     // Closed on udev's word: an emulated node, like some real ones, never
     // reports its removal to a reader.
-    for (int i = 0; i < 200 && openInThisProcess(node); ++i)
-        std::this_thread::sleep_for(10ms);
-    EXPECT_FALSE(openInThisProcess(node));
+    EXPECT_TRUE(waitUntil([&] { return !openInThisProcess(node); }));
     std::this_thread::sleep_for(1s);
     EXPECT_LT(threadCpuSeconds(reader) - cpuBefore, 0.05);  // waiting, not spinning
 
@@ -227,12 +225,9 @@ TEST_F(HidPosReader, CloseJoinsTheThreadAndClosesTheNode)
         reader = started[0];
     }
     // Joined: the kernel drops a joined thread's entry within moments of the join.
-    for (int i = 0; i < 50 && threadIds().count(reader); ++i)
-        std::this_thread::sleep_for(1ms);
-    EXPECT_EQ(threadIds().count(reader), 0u);
+    EXPECT_TRUE(waitUntil([&] { return threadIds().count(reader) == 0; }));
     // umockdev's own thread serves each open of an emulated node on a socket
     // of this process and closes its end a moment after the node is closed.
-    for (int i = 0; i < 200 && openDescriptorCount() > fds; ++i)
-        std::this_thread::sleep_for(10ms);
+    EXPECT_TRUE(waitUntil([&] { return openDescriptorCount() <= fds; }));
     EXPECT_EQ(openDescriptorCount(), fds);
 }

@@ -162,7 +162,8 @@ TEST(SerialReader, GapLongerThanTimeoutDropsUnfinishedCode)
     auto source = InputDeviceComPortFactory().create(serialPort(129), sink.callback());
     ASSERT_TRUE(source);
     line.write("12");
-    std::this_thread::sleep_for(200ms);
+    ASSERT_TRUE(line.waitUntilTaken());
+    std::this_thread::sleep_for(1s);  // two hundred times the 5 ms window
     line.write("3\r");
     EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("3")});
 }
@@ -172,7 +173,7 @@ TEST(SerialReader, BytesOneMillisecondApartStayOneCode)
     VirtualSerialPort line("ttyACM1");
     Sink sink;
     auto f = serialPort(66);
-    f.comTimeout = 20;
+    f.comTimeout = 1000;  // a window that no pause of a descheduled writer reaches
     auto source = InputDeviceComPortFactory().create(f, sink.callback());
     ASSERT_TRUE(source);
     const std::string code = "0104600439931256215Wp&C\x1D" "91EE06\x1D" "92Y2ZmNjQ5YmItOTE0Zi00";
@@ -236,32 +237,45 @@ TEST(SerialReader, ThrowingConsumerDoesNotEndTheReader)
 
 TEST(SerialReader, AgreesWithModelOverRandomStreamsAndPauses)
 {
-    VirtualSerialPort line("ttyUSB0");
+    // One line for each suffix, all given the same bursts. The quiet window
+    // is far longer than a busy machine stretches a short pause, and a long
+    // pause starts only once each reader has taken the burst, then lasts long
+    // enough for a reader woken late by its window to have ended the burst.
+    const std::vector<std::string> suffixes = {"\r", "\n\r", ""};
+    std::vector<std::unique_ptr<VirtualSerialPort>> lines;
+    std::vector<std::unique_ptr<Sink>> sinks;
+    std::vector<std::unique_ptr<InputDevice>> sources;
+    for (size_t i = 0; i < suffixes.size(); ++i) {
+        lines.push_back(std::make_unique<VirtualSerialPort>("ttyUSB" + std::to_string(i)));
+        sinks.push_back(std::make_unique<Sink>());
+        auto f = serialPort(129 + static_cast<uint32_t>(i), suffixes[i]);
+        f.comTimeout = 600;
+        sources.push_back(InputDeviceComPortFactory().create(f, sinks.back()->callback()));
+        ASSERT_TRUE(sources.back());
+    }
     std::mt19937 rng(77);
     const char alphabet[] = {'1', 'A', '\r', '\n', '\x1D', 'x'};
-    for (const std::wstring& suffix : {std::wstring(L"\r"), std::wstring(L"\n\r"), std::wstring()}) {
-        Sink sink;
-        auto f = serialPort(129, wstr2str(suffix));
-        f.comTimeout = 40;
-        auto source = InputDeviceComPortFactory().create(f, sink.callback());
-        ASSERT_TRUE(source);
-        std::vector<std::string> bursts(12);
-        for (auto& burst : bursts) {
-            const size_t pieces = 1 + rng() % 4;
-            for (size_t p = 0; p < pieces; ++p) {
-                std::string piece;
-                for (size_t n = 1 + rng() % 6; n > 0; --n)
-                    piece += alphabet[rng() % sizeof alphabet];
-                line.write(piece);
-                burst += piece;
-                std::this_thread::sleep_for(std::chrono::milliseconds(rng() % 3));  // short pause
-            }
-            std::this_thread::sleep_for(250ms);  // long pause: the burst ends
+    std::vector<std::string> bursts(12);
+    for (auto& burst : bursts) {
+        const size_t pieces = 1 + rng() % 4;
+        for (size_t p = 0; p < pieces; ++p) {
+            std::string piece;
+            for (size_t n = 1 + rng() % 6; n > 0; --n)
+                piece += alphabet[rng() % sizeof alphabet];
+            for (auto& line : lines)
+                line->write(piece);
+            burst += piece;
+            std::this_thread::sleep_for(std::chrono::milliseconds(rng() % 3));  // short pause
         }
+        for (auto& line : lines)
+            ASSERT_TRUE(line->waitUntilTaken());
+        std::this_thread::sleep_for(1500ms);  // long pause: the burst ends
+    }
+    for (size_t i = 0; i < suffixes.size(); ++i) {
         std::vector<std::wstring> expected;
-        for (const auto& code : expectedCodes(bursts, wstr2str(suffix)))
+        for (const auto& code : expectedCodes(bursts, suffixes[i]))
             expected.push_back(b64(code));
-        EXPECT_EQ(sink.waitFor(expected.size(), 2s), expected);
+        EXPECT_EQ(sinks[i]->waitFor(expected.size()), expected) << "suffix of " << suffixes[i].size() << " bytes";
     }
 }
 
@@ -286,11 +300,11 @@ TEST(SerialReader, UnpluggedLineIsReopenedWithoutSpinning)
     line.plug();
     // Codes written before the driver reopens the line are flushed; keep
     // offering one until it gets through.
-    for (int i = 0; i < 50 && sink.now().size() < 2; ++i) {
+    EXPECT_TRUE(waitUntil([&] {
         line.write("2\r");
-        sink.waitFor(2, 100ms);
-    }
-    const auto codes = sink.waitFor(2);
+        return sink.waitFor(2, 100ms).size() >= 2;
+    }));
+    const auto codes = sink.now();
     ASSERT_GE(codes.size(), 2u);
     EXPECT_EQ(codes[1], b64("2"));
 }

@@ -60,7 +60,7 @@ protected:
     std::vector<Input> waitFor(size_t n)
     {
         std::unique_lock<std::mutex> g(lock);
-        arrived.wait_for(g, 5s, [&] { return inputs.size() >= n; });
+        arrived.wait_for(g, kHangTimeout, [&] { return inputs.size() >= n; });
         return inputs;
     }
 

@@ -56,8 +56,8 @@ TEST(HidPosTool, SymbologyTapGivesEachScansSymbologyInOrder)
         for (const std::string& r : reportsFor(layout, aim, code))
             stream += r;
     bed.send(0, stream);
-    EXPECT_EQ(tap.next(std::chrono::seconds(10)), std::optional<std::string>("]E0"));
-    EXPECT_EQ(tap.next(std::chrono::seconds(10)), std::optional<std::string>("]d2"));
+    EXPECT_EQ(tap.next(kHangTimeout), std::optional<std::string>("]E0"));
+    EXPECT_EQ(tap.next(kHangTimeout), std::optional<std::string>("]d2"));
 
     SymbologyTap serial;
     EXPECT_FALSE(serial.start(129));  // a serial port has no symbology to give

@@ -15,6 +15,7 @@
 #include "abi/AddInDefBase.h"
 #include "abi/ComponentBase.h"
 #include "abi/IMemoryManager.h"
+#include "HangTimeout.h"
 
 struct HostEvent {
     std::wstring source;
@@ -54,11 +55,10 @@ public:
     void* GetInterface(int) override;
 
     // Waits until at least n events have arrived; returns what has arrived.
-    std::vector<HostEvent> waitForEvents(size_t n, std::chrono::milliseconds deadline =
-                                                       std::chrono::seconds(10));
+    std::vector<HostEvent> waitForEvents(size_t n, std::chrono::milliseconds deadline = kHangTimeout);
     std::vector<HostEvent> events() const;
     // The n-th event (counting from 1), waited for; an empty event on time-out.
-    std::optional<HostEvent> waitForEvent(size_t n, std::chrono::milliseconds deadline = std::chrono::seconds(10));
+    std::optional<HostEvent> waitForEvent(size_t n, std::chrono::milliseconds deadline = kHangTimeout);
     void clear();
     long queueDepth() const;
     int otherSlotCalls() const;

@@ -2,12 +2,14 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <stdlib.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <stdexcept>
 
+#include "HangTimeout.h"
 #include "PrivateDev.h"
 
 VirtualSerialPort::VirtualSerialPort(std::string name) : deviceName(std::move(name))
@@ -31,6 +33,9 @@ void VirtualSerialPort::plug()
     if (ptsname_r(master, path, sizeof path) != 0)
         throw std::runtime_error("ptsname failed");
     slave = path;
+    watch = open(path, O_RDONLY | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    if (watch < 0)
+        throw std::runtime_error("cannot open the pseudo-terminal's slave");
     linkDevice(deviceName, slave);
 }
 
@@ -38,7 +43,9 @@ void VirtualSerialPort::unplug()
 {
     if (master >= 0)
         close(master);
-    master = -1;
+    if (watch >= 0)
+        close(watch);
+    master = watch = -1;
 }
 
 void VirtualSerialPort::write(const std::string& bytes)
@@ -64,4 +71,12 @@ size_t VirtualSerialPort::writeSome(const std::string& bytes, int milliseconds)
         return 0;
     const ssize_t n = ::write(master, bytes.data(), bytes.size());
     return n > 0 ? static_cast<size_t>(n) : 0;
+}
+
+bool VirtualSerialPort::waitUntilTaken()
+{
+    return waitUntil([this] {
+        int unread = 0;
+        return ioctl(watch, TIOCINQ, &unread) == 0 && unread == 0;
+    });
 }

@@ -13,6 +13,9 @@ public:
     void write(const std::string& bytes);
     // Writes what the line takes within the time; returns how many bytes.
     size_t writeSome(const std::string& bytes, int milliseconds);
+    // Waits until the reader has taken every byte written so far: a pause
+    // that starts after this is a pause on the reader's side too.
+    bool waitUntilTaken();
     // Unplugs: the master closes, so the driver's side sees a hang-up.
     void unplug();
     // Plugs a fresh pseudo-terminal in under the same name.
@@ -24,4 +27,5 @@ private:
     std::string deviceName;
     std::string slave;
     int master = -1;
+    int watch = -1;  // the slave, held to see how much waits there unread
 };
