@@ -6,11 +6,14 @@
 #include <unistd.h>
 
 #include <cctype>
+#include <chrono>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <thread>
+
+#include "HangTimeout.h"
 
 namespace {
 
@@ -224,7 +227,8 @@ void MockInput::send(const MockKeyboard& keyboard, const std::vector<input_event
         if (n < 0 && errno == EAGAIN) {
             // The reader has not caught up yet: wait for room.
             pollfd room = {fd, POLLOUT, 0};
-            poll(&room, 1, -1);
+            if (poll(&room, 1, static_cast<int>(std::chrono::milliseconds(kHangTimeout).count())) == 0)
+                throw std::runtime_error("the reader of " + nodePath(keyboard) + " stopped taking events");
             continue;
         }
         if (n <= 0)

@@ -15,7 +15,7 @@ namespace {
 
 [[noreturn]] void die(const std::string& what)
 {
-    std::fprintf(stderr, "private /dev: %s: %s (needs unshare -m as root, or user namespaces)\n",
+    std::fprintf(stderr, "private namespaces: %s: %s (needs unshare as root, or user namespaces)\n",
                  what.c_str(), std::strerror(errno));
     std::exit(2);
 }
@@ -47,26 +47,32 @@ void bindDir(const std::string& staging, const char* name)
 
 }  // namespace
 
+void enterNamespaces(const char* marker, std::initializer_list<const char*> options, int argc, char** argv)
+{
+    if (std::getenv(marker))
+        return;
+    setenv(marker, "1", 1);
+    char self[4096];
+    const ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+    if (n <= 0)
+        die("readlink /proc/self/exe");
+    self[n] = '\0';
+    std::vector<const char*> args = {"unshare"};
+    args.insert(args.end(), options);
+    args.insert(args.end(), {"--propagation", "private"});
+    if (getuid() != 0)
+        args.push_back("--map-root-user");
+    args.push_back(self);
+    for (int i = 1; i < argc; ++i)
+        args.push_back(argv[i]);
+    args.push_back(nullptr);
+    execvp("unshare", const_cast<char**>(args.data()));
+    die("exec unshare");
+}
+
 void enterPrivateDev(int argc, char** argv)
 {
-    if (!std::getenv("RAVLIN_PRIVATE_DEV")) {
-        setenv("RAVLIN_PRIVATE_DEV", "1", 1);
-        char self[4096];
-        const ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
-        if (n <= 0)
-            die("readlink /proc/self/exe");
-        self[n] = '\0';
-        std::vector<char*> args = {const_cast<char*>("unshare"), const_cast<char*>("--mount"),
-                                   const_cast<char*>("--propagation"), const_cast<char*>("private")};
-        if (getuid() != 0)
-            args.push_back(const_cast<char*>("--map-root-user"));
-        args.push_back(self);
-        for (int i = 1; i < argc; ++i)
-            args.push_back(argv[i]);
-        args.push_back(nullptr);
-        execvp("unshare", args.data());
-        die("exec unshare");
-    }
+    enterNamespaces("RAVLIN_PRIVATE_DEV", {"--mount"}, argc, argv);
     // Programs started from here get a /dev of their own again, instead of
     // mounting over this one.
     unsetenv("RAVLIN_PRIVATE_DEV");
