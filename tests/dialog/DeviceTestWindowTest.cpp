@@ -72,8 +72,9 @@ TEST_P(DeviceTestWindow, ListsCopiesClearsAndCloses)
     EXPECT_TRUE(x.grabSucceeds(keyboards[0]));
 
     // A code with no suffix at all: the window's serial sources end codes on a pause.
-    usb.write("0104\x1D" "21AB");
-    EXPECT_EQ(copyRowOnceListed(x, wx + 150, wy + at.firstRowY, buttonX, wy + at.copyY), "0104 'GS' 21AB");
+    EXPECT_EQ(copyRowOnceListed(x, wx + 150, wy + at.firstRowY, buttonX, wy + at.copyY,
+                                [&] { usb.write("0104\x1D" "21AB"); }),
+              "0104 'GS' 21AB");
 
     mkdir(RAVLIN_ARTIFACT_DIR, 0755);
     const std::string shot = std::string(RAVLIN_ARTIFACT_DIR "/device-test") +

@@ -22,11 +22,17 @@ inline std::string clipboardText()
 
 // Selects the row and clicks Copy until the clipboard holds something: the
 // row is there only once the scan has crossed the reader thread and the
-// window's idle handler. What the clipboard then holds; empty if it never came.
-inline std::string copyRowOnceListed(XClient& x, int rowX, int rowY, int copyX, int copyY)
+// window's idle handler. Before each try the scan is offered again if asked:
+// a serial line flushes what came before the window opened it. What the
+// clipboard then holds; empty if it never came.
+inline std::string copyRowOnceListed(XClient& x, int rowX, int rowY, int copyX, int copyY,
+                                     const std::function<void()>& offer = {})
 {
     std::string copied;
     waitUntil([&] {
+        if (offer)
+            offer();
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
         x.click(rowX, rowY);
         x.click(copyX, copyY);
         copied = clipboardText();

@@ -81,14 +81,19 @@ void enterPrivateDev(int argc, char** argv)
         die("mkdtemp");
     if (mount("tmpfs", staging, "tmpfs", 0, "mode=0755,size=1m") != 0)
         die("mount tmpfs");
-    bindDir(staging, "pts");
+    // Pseudo-terminals of its own: a line unplugged here leaves its number
+    // free, and in a shared instance another program's new terminal could
+    // take it and be read under this program's device name.
+    const std::string pts = std::string(staging) + "/pts";
+    if (mkdir(pts.c_str(), 0755) != 0 ||
+        mount("devpts", pts.c_str(), "devpts", 0, "newinstance,ptmxmode=0666,mode=0620") != 0)
+        die("mount devpts");
     bindDir(staging, "shm");
     for (const char* name : {"null", "zero", "full", "random", "urandom", "tty"})
         bindFile(staging, name);
     if (symlink("/proc/self/fd", (std::string(staging) + "/fd").c_str()) != 0)
         die("symlink fd");
-    // The ptmx node finds its devpts instance through a "pts" beside it; a
-    // link into the bound pts keeps new pseudo-terminals in the real instance.
+    // New pseudo-terminals come from the private instance through its own ptmx.
     if (symlink("pts/ptmx", (std::string(staging) + "/ptmx").c_str()) != 0)
         die("symlink ptmx");
     if (mount(staging, "/dev", "none", MS_MOVE, nullptr) != 0)

@@ -1,7 +1,8 @@
 #pragma once
 // Gives a program a /dev of its own: it re-executes itself under `unshare -m`
 // (`unshare -rm` for an ordinary user), then mounts a tmpfs over /dev holding
-// only pts, ptmx and the plain character devices. The program then creates the
+// only a devpts instance of its own with its ptmx, and the plain character
+// devices. The program then creates the
 // serial nodes it needs, so the driver's fixed /dev paths lead to
 // pseudo-terminals it controls, and the machine's /dev is never touched.
 #include <initializer_list>
