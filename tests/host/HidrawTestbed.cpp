@@ -65,6 +65,8 @@ void HidrawTestbed::plug(unsigned number, const Device& d)
         g_clear_error(&error);
         throw std::runtime_error("umockdev: " + why);
     }
+    // Announced again once whole, as udev does (umockdev announces it while making it).
+    umockdev_testbed_uevent(testbed, hidrawPaths[number].c_str(), "add");
 }
 
 void HidrawTestbed::unplug(unsigned number)

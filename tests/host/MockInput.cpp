@@ -193,6 +193,10 @@ void MockInput::plug(const MockKeyboard& keyboard)
         g_clear_error(&error);
         throw std::runtime_error("umockdev: " + message);
     }
+    // umockdev announces a device while it is still making it, so a reader
+    // woken at once on a busy machine can find it half made and wait for
+    // news forever; udev announces a device once it is whole: so again here.
+    umockdev_testbed_uevent(testbed, ("/sys" + syspath(keyboard)).c_str(), "add");
 }
 
 void MockInput::unplug(const MockKeyboard& keyboard)
