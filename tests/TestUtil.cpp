@@ -91,5 +91,17 @@ static std::set<pid_t> numberedEntries(const char* path)
 }
 
 size_t openDescriptorCount() { return numberedEntries("/proc/self/fd").size(); }
+
+std::set<std::pair<int, std::string>> openDescriptors()
+{
+    std::set<std::pair<int, std::string>> descriptors;
+    for (pid_t fd : numberedEntries("/proc/self/fd")) {
+        char target[4096];
+        const ssize_t n = readlink(("/proc/self/fd/" + std::to_string(fd)).c_str(), target, sizeof target);
+        if (n > 0)
+            descriptors.emplace(fd, std::string(target, static_cast<size_t>(n)));
+    }
+    return descriptors;
+}
 std::set<pid_t> threadIds() { return numberedEntries("/proc/self/task"); }
 size_t threadCount() { return threadIds().size(); }

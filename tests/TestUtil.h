@@ -2,6 +2,7 @@
 // Small helpers shared by the test programs.
 #include <cstdint>
 #include <set>
+#include <utility>
 #include <string>
 
 #include "input/DeviceSettings.h"
@@ -23,6 +24,10 @@ std::string runCommand(const std::string& command);
 double threadCpuSeconds(pid_t tid);
 // Descriptors now open (entries of /proc/self/fd).
 size_t openDescriptorCount();
+// The descriptors now open, each with what it refers to. Where a library of
+// the test (umockdev's GLib) opens and closes descriptors of its own, compare
+// these rather than counts.
+std::set<std::pair<int, std::string>> openDescriptors();
 // The ids of this process's threads now, and how many. Where a library of the
 // test (umockdev's GLib) starts and ends threads of its own, compare ids.
 std::set<pid_t> threadIds();
