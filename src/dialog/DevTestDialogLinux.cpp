@@ -3,7 +3,7 @@
 #include "dialog/ClipboardOwner.h"
 #include "dialog/GtkApi.h"
 #include "input/DeviceNodes.h"
-#include "input/InputDeviceComPortFactory.h"
+#include "input/InputDeviceComPort.h"
 #include "input/InputDeviceHidPos.h"
 #include "input/InputDeviceKeyboardFactory.h"
 #include "input/PortFamily.h"
@@ -43,6 +43,7 @@ std::string DevTestDialogLinux::LoadString(STRING_ID id) const
     case Copy: return isRussian ? "Копировать" : "Copy";
     case Title: return isRussian ? "Тест устройства" : "Device test";
     case Timeout: return isRussian ? "Таймаут" : "Timeout";
+    case Busy: return isRussian ? "порт занят другой программой" : "port busy: another program reads it";
     }
     return std::string();
 }
@@ -151,7 +152,13 @@ void DevTestDialogLinux::DoListenPort(uint32_t port)
             sources.emplace(name, std::move(scanner));
         return;
     }
-    Listen(name, InputDeviceComPortFactory(), settings);
+    // A line another reader holds is listed as busy: its scans go there, not here.
+    auto line = std::make_unique<InputDeviceComPort>(
+        [this, name](const std::wstring& data) { OnInput(name, data); }, settings);
+    if (line->start())
+        sources.emplace(name, std::move(line));
+    else if (line->busy())
+        queueLine({capped(wstr2str(name)) + ":", LoadString(Busy)});
 }
 
 void DevTestDialogLinux::ListenKeyboardDevices()
@@ -191,7 +198,11 @@ void DevTestDialogLinux::OnInput(const std::wstring& sourceName, const std::wstr
 {
     if (data.empty())
         return;
-    auto line = formatLine(sourceName, data, ioDataType);
+    queueLine(formatLine(sourceName, data, ioDataType));
+}
+
+void DevTestDialogLinux::queueLine(std::pair<std::string, std::string> line)
+{
     std::lock_guard<std::mutex> guard(queueLock);
     queued.push_back(std::move(line));
     if (!idleSource)

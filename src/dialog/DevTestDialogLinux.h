@@ -21,7 +21,7 @@ struct GtkApi;
 
 class DevTestDialogLinux {
 public:
-    enum STRING_ID { Close, Clear, Copy, Title, Timeout };
+    enum STRING_ID { Close, Clear, Copy, Title, Timeout, Busy };
 
     DevTestDialogLinux(const DeviceSettings& keyboards, const DeviceSettings& ports, bool isRussian,
                        OutputDataType ioDataType);
@@ -46,6 +46,7 @@ private:
     void DoListenKeyboardDevice(const std::string& deviceName);
     void Listen(const std::wstring& name, const InputDeviceFactory& factory, const DeviceSettings& settings);
     void OnInput(const std::wstring& sourceName, const std::wstring& data);
+    void queueLine(std::pair<std::string, std::string> line);
     void StopListening();
 
     void BuildWindow();

@@ -1,6 +1,8 @@
 #include "input/InputDeviceComPort.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -69,22 +71,36 @@ bool InputDeviceComPort::start()
     return true;
 }
 
+// One reader to a line: a second one would take bytes out of the middle of
+// the first one's codes. The lock keeps out every reader that takes it, root's
+// too (another component, another host, the test window); exclusive mode keeps
+// out every other open but root's, lock or no lock (the kernel refuses it).
 bool InputDeviceComPort::openLine()
 {
     fd = open(devicePath.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    lineBusy = fd < 0 && errno == EBUSY;
     if (fd < 0)
         return false;
+    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        lineBusy = true;
+        closeLine();
+        return false;
+    }
     if (!configureLine(fd, settings.speed)) {
         closeLine();
         return false;
     }
+    ioctl(fd, TIOCEXCL);
     return true;
 }
 
 void InputDeviceComPort::closeLine()
 {
-    if (fd >= 0)
-        close(fd);
+    if (fd < 0)
+        return;
+    // The terminal keeps the mode while anyone else still has it open.
+    ioctl(fd, TIOCNXCL);
+    close(fd);  // and the lock goes with the descriptor
     fd = -1;
 }
 

@@ -16,6 +16,8 @@ public:
 
     // Opens and configures the line and starts the reader; false leaves nothing behind.
     bool start();
+    // Whether the last open found the line held by another reader.
+    bool busy() const { return lineBusy; }
 
 private:
     void run();
@@ -30,5 +32,6 @@ private:
     const DeviceSettings settings;
     const std::string devicePath;
     int fd = -1;
+    bool lineBusy = false;
     ReaderThread thread;
 };

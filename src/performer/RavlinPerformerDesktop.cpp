@@ -113,6 +113,10 @@ const InputDeviceFactory& RavlinPerformerDesktop::factoryFor(const DeviceSetting
 
 bool RavlinPerformerDesktop::OpenDevice(const std::wstring& deviceId)
 {
+    // A repeated id keeps the first source. A second one would only be
+    // released again, and could not even open the line the first one holds.
+    if (devices.count(deviceId))
+        return true;
     // The source keeps its own copies: later settings never reach an open device.
     DataCallback bound = [callback = onInput, id = deviceId, equipment = settings->equipmentCode,
                           output = settings->outputDataType](const std::wstring& data) {
@@ -121,7 +125,6 @@ bool RavlinPerformerDesktop::OpenDevice(const std::wstring& deviceId)
     std::unique_ptr<InputDevice> source = factoryFor(next).create(next, bound);
     if (!source)
         return false;
-    // A repeated id keeps the first source; the new one is released here.
     devices.emplace(deviceId, std::move(source));
     return true;
 }

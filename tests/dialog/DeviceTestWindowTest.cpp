@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "ChildProcess.h"
+#include "ComponentFixture.h"
 #include "ElfInfo.h"
 #include "FirstScanInWindow.h"
 #include "TestHost.h"
@@ -175,4 +176,20 @@ TEST(DeviceTestWindowLines, CaptionsInBothLanguages)
     EXPECT_EQ(en.LoadString(static_cast<DevTestDialogLinux::STRING_ID>(9)), "");
     EXPECT_TRUE(ru.IsRussian());
     EXPECT_FALSE(en.IsRussian());
+}
+
+using DeviceTestWindowHeldLine = ComponentFixture;
+
+TEST_F(DeviceTestWindowHeldLine, IsListedAsBusy)
+{
+    XvfbServer server;
+    VirtualSerialPort usb("ttyUSB1");
+    Component c = makeOnPort(130);
+    const std::wstring id = c.open();
+    ASSERT_FALSE(id.empty());
+    XClient x;
+    EXPECT_EQ(copyFirstScanInWindow(x, [] {}), "порт занят другой программой");
+    // The host's reader kept the line all along.
+    EXPECT_THAT(scan(usb, "7\r"), EventData(L"7"));
+    EXPECT_TRUE(c.close(id));
 }

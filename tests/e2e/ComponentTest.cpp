@@ -206,7 +206,9 @@ TEST_F(ComponentTest, OpenAndCloseByIdWithCounter)
     EXPECT_TRUE(c.close(first));
     EXPECT_FALSE(c.close(first));
     EXPECT_FALSE(c.close(L"InputDevice#7"));
-    EXPECT_EQ(c.open(), L"InputDevice#2");
+    const std::wstring second = c.open();
+    EXPECT_EQ(second, L"InputDevice#2");
+    EXPECT_TRUE(c.close(second));  // a line has one reader
 
     Component card = make(L"CardReaderDevice");
     ASSERT_TRUE(card.setParameter(L"Port", intVar(129)));

@@ -21,6 +21,7 @@ public:
     // One line of its output, or empty after the deadline.
     std::string readLine(std::chrono::milliseconds timeout = kHangTimeout);
     void closeInput();
+    pid_t id() const { return pid; }
     // Its exit status, waiting for it; -1 when it did not end in time (it is killed).
     int wait(std::chrono::milliseconds timeout = kHangTimeout);
 

@@ -5,16 +5,59 @@
 #include <libxml/tree.h>
 #include <unistd.h>
 
+#include <climits>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 
 #include "Command.h"
 #include "Session.h"
 #include "input/HidrawNode.h"
 #include "input/EvdevKeyboards.h"
+#include "input/PortFamily.h"
 
 namespace {
+
+// The processes that have a serial line open, from /proc ("PID (name)");
+// empty when none has or /proc does not show it (another user's process).
+std::string holdersOf(const std::string& path)
+{
+    char device[PATH_MAX];
+    if (path.empty() || !realpath(path.c_str(), device))
+        return std::string();
+    namespace fs = std::filesystem;
+    std::error_code error;
+    std::string holders;
+    for (const auto& process : fs::directory_iterator("/proc", error)) {
+        const std::string pid = process.path().filename();
+        if (pid.find_first_not_of("0123456789") != std::string::npos || pid == std::to_string(getpid()))
+            continue;
+        for (const auto& fd : fs::directory_iterator(process.path() / "fd", error))
+            if (fs::read_symlink(fd.path(), error) == device) {
+                std::ifstream comm(process.path() / "comm");
+                std::string name;
+                std::getline(comm, name);
+                holders += (holders.empty() ? "" : ", ") + pid + " (" + name + ")";
+                break;
+            }
+    }
+    return holders;
+}
+
+// A serial line other programs have open is named with them: the driver
+// reads a line only when no other reader holds it.
+std::string noteOn(const std::string& parameter, const char* value)
+{
+    const uint32_t port = static_cast<uint32_t>(std::strtoul(value, nullptr, 10));
+    const PortFamily* family = portFamilyOf(port);
+    if (parameter != "Port" || !family || family->hidPos)
+        return std::string();
+    const std::string holders = holdersOf(portDevicePath(port));
+    return holders.empty() ? std::string() : "\topen in " + holders;
+}
 
 void printChoices(xmlNodePtr node, const std::string& parameter, const char* heading)
 {
@@ -30,7 +73,8 @@ void printChoices(xmlNodePtr node, const std::string& parameter, const char* hea
                 for (xmlNodePtr item = list->children; item; item = item->next) {
                     xmlChar* value = xmlGetProp(item, BAD_CAST "Value");
                     xmlChar* text = xmlNodeGetContent(item);
-                    std::cout << "  " << reinterpret_cast<char*>(value) << "\t" << reinterpret_cast<char*>(text) << "\n";
+                    std::cout << "  " << reinterpret_cast<char*>(value) << "\t" << reinterpret_cast<char*>(text)
+                              << noteOn(parameter, reinterpret_cast<char*>(value)) << "\n";
                     xmlFree(value);
                     xmlFree(text);
                 }
