@@ -12,6 +12,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "input/KeyCases.h"
+
 namespace {
 
 std::string syspath(const MockKeyboard& k)
@@ -45,33 +47,6 @@ std::string description(const MockKeyboard& k)
     }
     return text;
 }
-
-struct KeyOf {
-    char c;
-    int code;
-    bool shift;
-};
-
-// A US keyboard's keys for the characters the tests type.
-const KeyOf kKeys[] = {
-    {'1', KEY_1, false}, {'2', KEY_2, false}, {'3', KEY_3, false}, {'4', KEY_4, false},
-    {'5', KEY_5, false}, {'6', KEY_6, false}, {'7', KEY_7, false}, {'8', KEY_8, false},
-    {'9', KEY_9, false}, {'0', KEY_0, false}, {'-', KEY_MINUS, false}, {'=', KEY_EQUAL, false},
-    {'[', KEY_LEFTBRACE, false}, {']', KEY_RIGHTBRACE, false}, {';', KEY_SEMICOLON, false},
-    {'\'', KEY_APOSTROPHE, false}, {'`', KEY_GRAVE, false}, {'\\', KEY_BACKSLASH, false},
-    {',', KEY_COMMA, false}, {'.', KEY_DOT, false}, {'/', KEY_SLASH, false}, {' ', KEY_SPACE, false},
-    {'\r', KEY_ENTER, false}, {'\t', KEY_TAB, false},
-    {'!', KEY_1, true}, {'@', KEY_2, true}, {'#', KEY_3, true}, {'$', KEY_4, true},
-    {'%', KEY_5, true}, {'^', KEY_6, true}, {'&', KEY_7, true}, {'*', KEY_8, true},
-    {'(', KEY_9, true}, {')', KEY_0, true}, {'_', KEY_MINUS, true}, {'+', KEY_EQUAL, true},
-    {'{', KEY_LEFTBRACE, true}, {'}', KEY_RIGHTBRACE, true}, {':', KEY_SEMICOLON, true},
-    {'"', KEY_APOSTROPHE, true}, {'~', KEY_GRAVE, true}, {'|', KEY_BACKSLASH, true},
-    {'<', KEY_COMMA, true}, {'>', KEY_DOT, true}, {'?', KEY_SLASH, true},
-};
-
-const int kLetters[] = {KEY_A, KEY_B, KEY_C, KEY_D, KEY_E, KEY_F, KEY_G, KEY_H, KEY_I,
-                        KEY_J, KEY_K, KEY_L, KEY_M, KEY_N, KEY_O, KEY_P, KEY_Q, KEY_R,
-                        KEY_S, KEY_T, KEY_U, KEY_V, KEY_W, KEY_X, KEY_Y, KEY_Z};
 
 }  // namespace
 
@@ -252,20 +227,11 @@ std::vector<int> MockInput::keysOf(const std::string& text)
 {
     std::vector<int> keys;
     for (char c : text) {
-        if (std::isalpha(static_cast<unsigned char>(c))) {
-            const int code = kLetters[std::tolower(static_cast<unsigned char>(c)) - 'a'];
-            keys.push_back(std::isupper(static_cast<unsigned char>(c)) ? -code : code);
-            continue;
-        }
-        bool found = false;
-        for (const KeyOf& k : kKeys)
-            if (k.c == c) {
-                keys.push_back(k.shift ? -k.code : k.code);
-                found = true;
-                break;
-            }
-        if (!found)
+        bool shift = false;
+        const int code = usKeyFor(c, shift);
+        if (!code)
             throw std::runtime_error(std::string("no US key types ") + c);
+        keys.push_back(shift ? -code : code);
     }
     return keys;
 }

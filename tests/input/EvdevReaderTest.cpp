@@ -173,15 +173,15 @@ TEST_F(EvdevReader, BoundScannerIsNotSwappedForANewcomer)
     EXPECT_EQ(sink.now().size(), 2u);
 }
 
-TEST_F(EvdevReader, LostEventsDiscardTheCodeInProgress)
+TEST_F(EvdevReader, LostEventsDiscardTheCodeUpToItsEnd)
 {
     CodeSink sink;
     auto source = open(scannerName, sink);
     ASSERT_TRUE(source);
     devices.type(scanner, {KEY_1, KEY_2});
     devices.send(scanner, {synEvent(SYN_DROPPED), keyEvent(KEY_3, 1), synEvent()});
-    devices.type(scanner, MockInput::keysOf("45\r"));
-    EXPECT_EQ(sink.waitFor(1), Codes{b64("45")});
+    devices.type(scanner, MockInput::keysOf("45\r67\r"));
+    EXPECT_EQ(sink.waitFor(1), Codes{b64("67")});
 }
 
 TEST_F(EvdevReader, ClosingWhileUnpluggedReturns)
