@@ -52,6 +52,13 @@ void XClient::chord(KeySym modifier, KeySym key)
     XSync(dpy, False);
 }
 
+void XClient::keyCodes(const std::vector<std::pair<unsigned, bool>>& keys)
+{
+    for (const auto& [code, press] : keys)
+        XTestFakeKeyEvent(dpy, code, press, CurrentTime);
+    XSync(dpy, False);
+}
+
 std::vector<int> XClient::devicesNamed(const std::string& name)
 {
     std::vector<int> ids;

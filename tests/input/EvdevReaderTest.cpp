@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "CodeSink.h"
+#include "input/KeyCases.h"
 #include "MockInput.h"
 #include "TestUtil.h"
 #include "XvfbServer.h"
@@ -182,6 +183,26 @@ TEST_F(EvdevReader, LostEventsDiscardTheCodeUpToItsEnd)
     devices.send(scanner, {synEvent(SYN_DROPPED), keyEvent(KEY_3, 1), synEvent()});
     devices.type(scanner, MockInput::keysOf("45\r67\r"));
     EXPECT_EQ(sink.waitFor(1), Codes{b64("67")});
+}
+
+// The key table through the kernel path: each case on a source of its own.
+TEST_F(EvdevReader, KeyTable)
+{
+    for (const KeyCase& c : keyCases()) {
+        CodeSink sink;
+        auto source = InputDeviceKeyboardFactory().create(::settingsFor(c, scannerName), sink.callback());
+        ASSERT_TRUE(source) << c.name;
+        std::vector<KeyStep> steps = c.keys;
+        const std::vector<KeyStep> sentinel = sentinelKeys(c);
+        steps.insert(steps.end(), sentinel.begin(), sentinel.end());
+        std::vector<input_event> events;
+        for (const KeyStep& k : steps)
+            events.insert(events.end(),
+                          {k.code == kSynDropped ? synEvent(SYN_DROPPED) : keyEvent(k.code, k.value), synEvent()});
+        devices.send(scanner, events);
+        const auto expected = expectedWithSentinel(c);
+        EXPECT_EQ(sink.waitFor(expected.size(), std::chrono::seconds(30)), expected) << c.name;
+    }
 }
 
 TEST_F(EvdevReader, ClosingWhileUnpluggedReturns)

@@ -5,6 +5,8 @@
 #include <cctype>
 #include <stdexcept>
 
+#include "TestUtil.h"
+
 namespace {
 
 struct KeyOf {
@@ -201,4 +203,21 @@ std::vector<KeyStep> usText(const std::string& text)
 std::vector<KeyStep> sentinelKeys(const KeyCase& c)
 {
     return tap({KEY_9, c.suffix == "\t" ? KEY_TAB : KEY_ENTER});
+}
+
+std::vector<std::wstring> expectedWithSentinel(const KeyCase& c)
+{
+    std::vector<std::wstring> codes;
+    for (const std::string& code : c.codes)
+        codes.push_back(b64(code));
+    codes.push_back(b64("9"));
+    return codes;
+}
+
+DeviceSettings settingsFor(const KeyCase& c, const std::string& device)
+{
+    DeviceSettings s = keyboardNamed(device);
+    s.gsKey = c.gsKey;
+    s.suffix = c.suffix;
+    return s;
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "input/DeviceSettings.h"
+
 struct KeyStep {
     int code;   // kernel key code, or kSynDropped
     int value;  // 1 press, 0 release, 2 auto-repeat
@@ -29,6 +31,10 @@ const std::vector<KeyCase>& keyCases();
 int usKeyFor(char c, bool& shift);
 // Key steps typing the text on a US keyboard, Left Shift around shifted keys.
 std::vector<KeyStep> usText(const std::string& text);
-// Steps ending a code with the case's suffix key, and the code they give:
-// run after each case so that a stray extra code cannot go unseen.
+// Steps ending a code with the case's suffix key, run after each case on a
+// reader so that a stray extra code cannot go unseen; the Base64 texts the
+// case and then the sentinel must give.
 std::vector<KeyStep> sentinelKeys(const KeyCase& c);
+std::vector<std::wstring> expectedWithSentinel(const KeyCase& c);
+// The case's settings on a keyboard source of that device name.
+DeviceSettings settingsFor(const KeyCase& c, const std::string& device);

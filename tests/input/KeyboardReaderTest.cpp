@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "CodeSink.h"
+#include "input/KeyCases.h"
 #include "XClient.h"
 #include "TestUtil.h"
 #include "XvfbServer.h"
@@ -237,6 +238,29 @@ TEST_F(KeyboardReader, NewcomerOfTheSameNameDoesNotTakeTheGrab)
     EXPECT_TRUE(x->grabSucceeds(second));
     source.reset();
     x->removeMasters("Pair");
+}
+
+// The key table through X: each case on a source of its own, typed by key
+// code (the kernel's + 8) so that the server's key map plays no part.
+TEST_F(KeyboardReader, KeyTable)
+{
+    for (const KeyCase& c : keyCases()) {
+        if (c.kernelOnly)
+            continue;
+        CodeSink s;
+        auto source = InputDeviceKeyboardFactory().create(settingsFor(c, kXTestKeyboard), s.callback());
+        ASSERT_TRUE(source) << c.name;
+        std::vector<std::pair<unsigned, bool>> keys;
+        auto add = [&keys](const std::vector<KeyStep>& steps) {
+            for (const KeyStep& k : steps)
+                keys.emplace_back(static_cast<unsigned>(k.code + 8), k.value != 0);
+        };
+        add(c.keys);
+        add(sentinelKeys(c));
+        x->keyCodes(keys);
+        const auto expected = expectedWithSentinel(c);
+        EXPECT_EQ(s.waitFor(expected.size(), 30s), expected) << c.name;
+    }
 }
 
 TEST(KeyboardReaderServerLoss, ServerGoingAwayLeavesTheProcessRunning)
