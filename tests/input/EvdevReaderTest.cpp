@@ -2,7 +2,9 @@
 // testbed: a Honeywell-like scanner beside an ordinary AT keyboard.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include "CodeSink.h"
 #include "input/KeyCases.h"
@@ -11,6 +13,7 @@
 #include "XvfbServer.h"
 #include "input/DeviceSettings.h"
 #include "input/InputDeviceKeyboardFactory.h"
+#include "input/KeyFramer.h"
 
 namespace {
 
@@ -203,6 +206,82 @@ TEST_F(EvdevReader, KeyTable)
         const auto expected = expectedWithSentinel(c);
         EXPECT_EQ(sink.waitFor(expected.size(), std::chrono::seconds(30)), expected) << c.name;
     }
+}
+
+TEST_F(EvdevReader, WithoutSuffixAPauseOfTimeoutEndsTheCode)
+{
+    DeviceSettings s = settingsFor(scannerName);
+    s.suffix = "";
+    // Long enough that one burst of keys is never cut on a loaded machine.
+    s.keyboardTimeout = 1000;
+    CodeSink sink;
+    auto source = InputDeviceKeyboardFactory().create(s, sink.callback());
+    ASSERT_TRUE(source);
+    devices.type(scanner, MockInput::keysOf("12\r3"));
+    ASSERT_EQ(sink.waitFor(1, std::chrono::seconds(30)), Codes{b64("12\r3")});
+    devices.type(scanner, MockInput::keysOf("45"));
+    EXPECT_EQ(sink.waitFor(2, std::chrono::seconds(30)), (Codes{b64("12\r3"), b64("45")}));
+}
+
+TEST_F(EvdevReader, WithASuffixTimeoutChangesNothing)
+{
+    DeviceSettings s = settingsFor(scannerName);
+    s.keyboardTimeout = 1;
+    CodeSink sink;
+    auto source = InputDeviceKeyboardFactory().create(s, sink.callback());
+    ASSERT_TRUE(source);
+    devices.type(scanner, MockInput::keysOf("1"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    devices.type(scanner, MockInput::keysOf("2\r"));
+    EXPECT_EQ(sink.waitFor(1, std::chrono::seconds(30)), Codes{b64("12")});
+}
+
+// Each scanner's Shift, Caps Lock and Alt are its own.
+TEST_F(EvdevReader, TwoScannersInterleaved)
+{
+    const MockKeyboard second{14, "Datalogic Gryphon GD4500", "05f9:4204"};
+    devices.plug(second);
+    CodeSink first, other;
+    auto a = open(scannerName, first);
+    auto b = open("Datalogic Gryphon GD4500", other);
+    ASSERT_TRUE(a);
+    ASSERT_TRUE(b);
+    devices.send(scanner, {keyEvent(KEY_LEFTSHIFT, 1), synEvent(), keyEvent(KEY_CAPSLOCK, 1), synEvent(),
+                           keyEvent(KEY_CAPSLOCK, 0), synEvent()});
+    devices.send(second, {keyEvent(KEY_A, 1), keyEvent(KEY_A, 0), keyEvent(KEY_LEFTALT, 1), synEvent(),
+                          keyEvent(KEY_KP0, 1), keyEvent(KEY_KP0, 0), keyEvent(KEY_KP2, 1), keyEvent(KEY_KP2, 0),
+                          synEvent()});
+    devices.send(scanner, {keyEvent(KEY_A, 1), keyEvent(KEY_A, 0), keyEvent(KEY_LEFTSHIFT, 0), keyEvent(KEY_A, 1),
+                           keyEvent(KEY_A, 0), synEvent()});
+    devices.send(second, {keyEvent(KEY_KP9, 1), keyEvent(KEY_KP9, 0), keyEvent(KEY_LEFTALT, 0), keyEvent(KEY_A, 1),
+                          keyEvent(KEY_A, 0), keyEvent(KEY_ENTER, 1), keyEvent(KEY_ENTER, 0), synEvent()});
+    devices.send(scanner, {keyEvent(KEY_ENTER, 1), keyEvent(KEY_ENTER, 0), synEvent()});
+    EXPECT_EQ(first.waitFor(1, std::chrono::seconds(30)), Codes{b64("aA")});
+    EXPECT_EQ(other.waitFor(1, std::chrono::seconds(30)), Codes{b64("a\x1d" "a")});
+}
+
+// A key flood with no suffix: past 1 MiB the code is dropped whole and the
+// reader's memory stays bounded (heap in use is measured while the flood is
+// still unended); the next scan arrives whole.
+TEST_F(EvdevReader, FloodPastOneMebibyteIsDroppedAndMemoryStaysBounded)
+{
+    CodeSink sink;
+    auto source = open(scannerName, sink);
+    ASSERT_TRUE(source);
+    devices.type(scanner, MockInput::keysOf("1\r"));
+    ASSERT_EQ(sink.waitFor(1, std::chrono::seconds(30)), Codes{b64("1")});
+    const std::vector<input_event> chunk(64 * 1024, keyEvent(KEY_A, 1));
+    const size_t before = liveHeapBytes();
+    // Twice the bound: whatever the node still buffers when the writes
+    // return, the reader has long passed the bound by then.
+    for (size_t sent = 0; sent < 2 * KeyFramer::kMaxCodeBytes; sent += chunk.size())
+        devices.send(scanner, chunk);
+    const long grown = static_cast<long>(liveHeapBytes()) - static_cast<long>(before);
+    devices.type(scanner, MockInput::keysOf("\rb\r"));
+    EXPECT_EQ(sink.waitFor(2, std::chrono::seconds(60)), (Codes{b64("1"), b64("b")}));
+    RecordProperty("heap_growth_bytes", std::to_string(grown));
+    std::printf("heap grown during a flood of %zu keys: %ld bytes\n", 2 * KeyFramer::kMaxCodeBytes, grown);
+    EXPECT_LT(grown, static_cast<long>(KeyFramer::kMaxCodeBytes) / 2);
 }
 
 TEST_F(EvdevReader, ClosingWhileUnpluggedReturns)
