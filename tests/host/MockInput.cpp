@@ -5,6 +5,7 @@
 #include <umockdev.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
@@ -128,9 +129,37 @@ gboolean refuseGrab(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer)
     return TRUE;
 }
 
+// Answers EVIOCGKEY and EVIOCGLED from the bitmaps of a KeyState; anything
+// else is left to the testbed.
+gboolean reportState(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer data)
+{
+    const auto* state = static_cast<const MockInput::KeyState*>(data);
+    const unsigned long request = umockdev_ioctl_client_get_request(client);
+    const std::vector<unsigned char>* bits = nullptr;
+    if (_IOC_TYPE(request) == _IOC_TYPE(EVIOCGKEY(0)) && _IOC_NR(request) == _IOC_NR(EVIOCGKEY(0)))
+        bits = &state->keysDown;
+    else if (_IOC_TYPE(request) == _IOC_TYPE(EVIOCGLED(0)) && _IOC_NR(request) == _IOC_NR(EVIOCGLED(0)))
+        bits = &state->ledsLit;
+    if (!bits)
+        return FALSE;
+    const size_t size = _IOC_SIZE(request);
+    GError* error = nullptr;
+    UMockdevIoctlData* buffer = umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, size, &error);
+    if (!buffer) {
+        g_clear_error(&error);
+        umockdev_ioctl_client_complete(client, -1, EFAULT);
+        return TRUE;
+    }
+    std::fill(buffer->data, buffer->data + size, 0);
+    std::copy(bits->begin(), bits->begin() + std::min(size, bits->size()), buffer->data);
+    umockdev_ioctl_client_complete(client, static_cast<glong>(size), 0);
+    g_object_unref(buffer);
+    return TRUE;
+}
+
 }  // namespace
 
-void MockInput::holdElsewhere(const MockKeyboard& keyboard)
+void MockInput::attachIoctlHandler(const MockKeyboard& keyboard, GCallback handler, void* data)
 {
     if (!handlers)
         handlers = std::make_unique<HandlerLoop>();
@@ -139,13 +168,15 @@ void MockInput::holdElsewhere(const MockKeyboard& keyboard)
     struct Attach {
         UMockdevTestbed* testbed;
         std::string node;
+        GCallback handler;
+        void* data;
         bool done = false;
         bool ok = false;
-    } attach{testbed, nodePath(keyboard)};
+    } attach{testbed, nodePath(keyboard), handler, data};
     g_main_context_invoke(handlers->context, [](gpointer data) -> gboolean {
         auto* a = static_cast<Attach*>(data);
         UMockdevIoctlBase* handler = umockdev_ioctl_base_new();
-        g_signal_connect(handler, "handle-ioctl", G_CALLBACK(refuseGrab), nullptr);
+        g_signal_connect(handler, "handle-ioctl", a->handler, a->data);
         a->ok = umockdev_testbed_attach_ioctl(a->testbed, a->node.c_str(), handler, nullptr);
         g_object_unref(handler);
         __atomic_store_n(&a->done, true, __ATOMIC_RELEASE);
@@ -155,6 +186,25 @@ void MockInput::holdElsewhere(const MockKeyboard& keyboard)
         std::this_thread::yield();
     if (!attach.ok)
         throw std::runtime_error("umockdev would not take the ioctl handler");
+}
+
+void MockInput::holdElsewhere(const MockKeyboard& keyboard)
+{
+    attachIoctlHandler(keyboard, G_CALLBACK(refuseGrab), nullptr);
+}
+
+void MockInput::reportKeyState(const MockKeyboard& keyboard, const std::vector<int>& keysDown,
+                               const std::vector<int>& ledsLit)
+{
+    auto state = std::make_unique<KeyState>();
+    state->keysDown.assign(KEY_CNT / 8 + 1, 0);
+    state->ledsLit.assign(LED_CNT / 8 + 1, 0);
+    for (int key : keysDown)
+        state->keysDown[key / 8] |= static_cast<unsigned char>(1 << (key % 8));
+    for (int led : ledsLit)
+        state->ledsLit[led / 8] |= static_cast<unsigned char>(1 << (led % 8));
+    attachIoctlHandler(keyboard, G_CALLBACK(reportState), state.get());
+    states.push_back(std::move(state));
 }
 
 void MockInput::plug(const MockKeyboard& keyboard)

@@ -188,6 +188,23 @@ TEST_F(EvdevReader, LostEventsDiscardTheCodeUpToItsEnd)
     EXPECT_EQ(sink.waitFor(1), Codes{b64("67")});
 }
 
+// After lost events the held keys and lit locks are asked of the device: here
+// Shift held and Caps Lock lit, so the next scan reads e with both, F with
+// Caps Lock alone once Shift is released.
+TEST_F(EvdevReader, LostEventsResyncKeysAndLocksFromTheDevice)
+{
+    devices.reportKeyState(scanner, {KEY_LEFTSHIFT}, {LED_CAPSL});
+    CodeSink sink;
+    auto source = open(scannerName, sink);
+    ASSERT_TRUE(source);
+    devices.type(scanner, {KEY_A, KEY_B});
+    devices.send(scanner, {synEvent(SYN_DROPPED), keyEvent(KEY_C, 1), synEvent()});
+    devices.type(scanner, {KEY_D, KEY_ENTER});
+    devices.send(scanner, {keyEvent(KEY_E, 1), keyEvent(KEY_E, 0), keyEvent(KEY_LEFTSHIFT, 0), synEvent()});
+    devices.type(scanner, {KEY_F, KEY_ENTER});
+    EXPECT_EQ(sink.waitFor(1, std::chrono::seconds(30)), Codes{b64("eF")});
+}
+
 // The key table through the kernel path: each case on a source of its own.
 TEST_F(EvdevReader, KeyTable)
 {
