@@ -128,6 +128,20 @@ TEST_F(EvdevReader, TwoScannersAtOnce)
     devices.type(scanner, MockInput::keysOf("111\r"));
     EXPECT_EQ(first.waitFor(1), Codes{b64("111")});
     EXPECT_EQ(other.waitFor(1), Codes{b64("222")});
+
+    // Interleaved, each scanner's Shift, Caps Lock and Alt stay its own.
+    devices.send(scanner, {keyEvent(KEY_LEFTSHIFT, 1), synEvent(), keyEvent(KEY_CAPSLOCK, 1), synEvent(),
+                           keyEvent(KEY_CAPSLOCK, 0), synEvent()});
+    devices.send(second, {keyEvent(KEY_A, 1), keyEvent(KEY_A, 0), keyEvent(KEY_LEFTALT, 1), synEvent(),
+                          keyEvent(KEY_KP0, 1), keyEvent(KEY_KP0, 0), keyEvent(KEY_KP2, 1), keyEvent(KEY_KP2, 0),
+                          synEvent()});
+    devices.send(scanner, {keyEvent(KEY_A, 1), keyEvent(KEY_A, 0), keyEvent(KEY_LEFTSHIFT, 0), keyEvent(KEY_A, 1),
+                           keyEvent(KEY_A, 0), synEvent()});
+    devices.send(second, {keyEvent(KEY_KP9, 1), keyEvent(KEY_KP9, 0), keyEvent(KEY_LEFTALT, 0), keyEvent(KEY_A, 1),
+                          keyEvent(KEY_A, 0), keyEvent(KEY_ENTER, 1), keyEvent(KEY_ENTER, 0), synEvent()});
+    devices.send(scanner, {keyEvent(KEY_ENTER, 1), keyEvent(KEY_ENTER, 0), synEvent()});
+    EXPECT_EQ(first.waitFor(2, std::chrono::seconds(30)), (Codes{b64("111"), b64("aA")}));
+    EXPECT_EQ(other.waitFor(2, std::chrono::seconds(30)), (Codes{b64("222"), b64("a\x1d" "a")}));
 }
 
 TEST_F(EvdevReader, UnknownNameFailsToOpen)
@@ -251,30 +265,6 @@ TEST_F(EvdevReader, WithASuffixTimeoutChangesNothing)
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     devices.type(scanner, MockInput::keysOf("2\r"));
     EXPECT_EQ(sink.waitFor(1, std::chrono::seconds(30)), Codes{b64("12")});
-}
-
-// Each scanner's Shift, Caps Lock and Alt are its own.
-TEST_F(EvdevReader, TwoScannersInterleaved)
-{
-    const MockKeyboard second{14, "Datalogic Gryphon GD4500", "05f9:4204"};
-    devices.plug(second);
-    CodeSink first, other;
-    auto a = open(scannerName, first);
-    auto b = open("Datalogic Gryphon GD4500", other);
-    ASSERT_TRUE(a);
-    ASSERT_TRUE(b);
-    devices.send(scanner, {keyEvent(KEY_LEFTSHIFT, 1), synEvent(), keyEvent(KEY_CAPSLOCK, 1), synEvent(),
-                           keyEvent(KEY_CAPSLOCK, 0), synEvent()});
-    devices.send(second, {keyEvent(KEY_A, 1), keyEvent(KEY_A, 0), keyEvent(KEY_LEFTALT, 1), synEvent(),
-                          keyEvent(KEY_KP0, 1), keyEvent(KEY_KP0, 0), keyEvent(KEY_KP2, 1), keyEvent(KEY_KP2, 0),
-                          synEvent()});
-    devices.send(scanner, {keyEvent(KEY_A, 1), keyEvent(KEY_A, 0), keyEvent(KEY_LEFTSHIFT, 0), keyEvent(KEY_A, 1),
-                           keyEvent(KEY_A, 0), synEvent()});
-    devices.send(second, {keyEvent(KEY_KP9, 1), keyEvent(KEY_KP9, 0), keyEvent(KEY_LEFTALT, 0), keyEvent(KEY_A, 1),
-                          keyEvent(KEY_A, 0), keyEvent(KEY_ENTER, 1), keyEvent(KEY_ENTER, 0), synEvent()});
-    devices.send(scanner, {keyEvent(KEY_ENTER, 1), keyEvent(KEY_ENTER, 0), synEvent()});
-    EXPECT_EQ(first.waitFor(1, std::chrono::seconds(30)), Codes{b64("aA")});
-    EXPECT_EQ(other.waitFor(1, std::chrono::seconds(30)), Codes{b64("a\x1d" "a")});
 }
 
 // A key flood with no suffix: past 1 MiB the code is dropped whole and the
