@@ -139,8 +139,10 @@ bool InputDeviceKeyboard::bindDevice(int id)
         ok = succeeded(*x, xcb,
                        x->xcb_input_xi_select_events_checked(xcb, static_cast<xcb_window_t>(root), 1, &mask.head));
     }
-    if (ok)
+    if (ok) {
         deviceId = id;
+        decoder.resync(nullptr, nullptr);  // a device bound anew starts with no key held, no lock
+    }
     return ok;
 }
 
