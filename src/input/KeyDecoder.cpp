@@ -41,7 +41,7 @@ std::optional<std::wstring> KeyDecoder::feed(const input_event& event)
 {
     if (event.type == EV_SYN && event.code == SYN_DROPPED) {
         framer.discard();
-        altDigits = 0;
+        altPending = false;
         lost = true;
         return std::nullopt;
     }
@@ -69,16 +69,19 @@ std::optional<std::wstring> KeyDecoder::feed(const input_event& event)
     default: break;
     }
     if (!wasAlt && alt())
-        altDigits = 0;
+        altPending = false;
     if (wasAlt && !alt())
         return altCodeTyped();
     if (!down)
         return std::nullopt;
     const int digit = keypadDigit(event.code);
     if (alt() && digit >= 0) {
-        altLeadingZero = altDigits == 0 ? digit == 0 : altLeadingZero;
-        altValue = ((altDigits == 0 ? 0 : altValue) * 10 + static_cast<unsigned>(digit)) % 256;
-        ++altDigits;
+        if (!altPending) {
+            altValue = 0;
+            altLeadingZero = digit == 0;
+        }
+        altValue = (altValue * 10 + static_cast<unsigned>(digit)) % 256;
+        altPending = true;
         return std::nullopt;
     }
     return press(event.code);
@@ -99,9 +102,9 @@ std::optional<std::wstring> KeyDecoder::press(unsigned code)
 // Characters above ASCII arrive in UTF-8, as from a UTF-8 serial scanner.
 std::optional<std::wstring> KeyDecoder::altCodeTyped()
 {
-    if (altDigits == 0)
+    if (!altPending)
         return std::nullopt;
-    altDigits = 0;
+    altPending = false;
     const char byte = static_cast<char>(altValue);
     if (altValue < 0x80)
         return ended(framer.type(std::string(1, byte)));
@@ -115,7 +118,7 @@ std::optional<std::wstring> KeyDecoder::altCodeTyped()
 std::optional<std::wstring> KeyDecoder::ended(std::optional<std::wstring> text)
 {
     if (text)
-        altDigits = 0;
+        altPending = false;
     return text;
 }
 
@@ -128,7 +131,7 @@ void KeyDecoder::resync(const unsigned char* keysDown, const unsigned char* leds
     leftAlt = bitSet(keysDown, KEY_LEFTALT);
     rightAlt = bitSet(keysDown, KEY_RIGHTALT);
     capsLock = bitSet(ledsLit, LED_CAPSL);
-    altDigits = 0;
+    altPending = false;
 }
 
 int KeyDecoder::pauseTimeout() const
@@ -138,6 +141,6 @@ int KeyDecoder::pauseTimeout() const
 
 std::optional<std::wstring> KeyDecoder::pause()
 {
-    altDigits = 0;
+    altPending = false;
     return framer.pause();
 }

@@ -49,9 +49,9 @@ private:
     bool leftAlt = false, rightAlt = false;
     bool capsLock = false;
     bool lost = false;
-    // An Alt+keypad code under way: its value so far (mod 256, as Windows
-    // keeps it), whether its first digit was 0, how many digits.
+    // An Alt+keypad code under way (a digit typed while Alt is held): the value so
+    // far (mod 256, as Windows keeps it) and whether the first digit was 0.
+    bool altPending = false;
     unsigned altValue = 0;
     bool altLeadingZero = false;
-    unsigned altDigits = 0;
 };
