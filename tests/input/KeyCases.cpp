@@ -36,9 +36,11 @@ const int kLetters[] = {KEY_A, KEY_B, KEY_C, KEY_D, KEY_E, KEY_F, KEY_G, KEY_H, 
                         KEY_S, KEY_T, KEY_U, KEY_V, KEY_W, KEY_X, KEY_Y, KEY_Z};
 
 // The keys a GSSymbolKey value names, in KeyID order.
-const int kGsKeys[] = {KEY_F1,     KEY_F2,     KEY_F3,    KEY_F4,     KEY_F5,     KEY_F6,       KEY_F7,
-                       KEY_F8,     KEY_F9,     KEY_F10,   KEY_F11,    KEY_F12,    KEY_INSERT,   KEY_DELETE,
-                       KEY_HOME,   KEY_END,    KEY_PAGEUP, KEY_PAGEDOWN, KEY_CAPSLOCK, KEY_RIGHTALT, KEY_KPENTER};
+const int kGsKeys[] = {
+    KEY_F1, KEY_F2, KEY_F3, KEY_F4, KEY_F5, KEY_F6, KEY_F7, KEY_F8, KEY_F9, KEY_F10, KEY_F11, KEY_F12,
+    KEY_INSERT, KEY_DELETE, KEY_HOME, KEY_END, KEY_PAGEUP, KEY_PAGEDOWN,
+    KEY_CAPSLOCK, KEY_RIGHTALT, KEY_KPENTER,
+};
 
 using Steps = std::vector<KeyStep>;
 
