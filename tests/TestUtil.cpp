@@ -1,5 +1,6 @@
 #include "TestUtil.h"
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -105,3 +106,23 @@ std::set<std::pair<int, std::string>> openDescriptors()
 }
 std::set<pid_t> threadIds() { return numberedEntries("/proc/self/task"); }
 size_t threadCount() { return threadIds().size(); }
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// The sanitizers replace malloc; their allocator knows what is live.
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
+size_t liveHeapBytes() { return __sanitizer_get_current_allocated_bytes(); }
+#elif defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 33)
+size_t liveHeapBytes()
+{
+    const struct mallinfo2 m = mallinfo2();
+    return m.uordblks + m.hblkhd;
+}
+#else
+// glibc before 2.33 (the release build's Debian 11) has only mallinfo, whose
+// int fields are enough for the few megabytes a test holds.
+size_t liveHeapBytes()
+{
+    const struct mallinfo m = mallinfo();
+    return static_cast<size_t>(static_cast<unsigned>(m.uordblks)) + static_cast<unsigned>(m.hblkhd);
+}
+#endif

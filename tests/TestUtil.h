@@ -32,3 +32,5 @@ std::set<std::pair<int, std::string>> openDescriptors();
 // test (umockdev's GLib) starts and ends threads of its own, compare ids.
 std::set<pid_t> threadIds();
 size_t threadCount();
+// Heap bytes in use now, by malloc's count (the sanitizers' when they run).
+size_t liveHeapBytes();

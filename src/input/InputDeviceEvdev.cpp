@@ -42,7 +42,7 @@ bool InputDeviceEvdev::bind()
         if (fd >= 0) {
             bound = keyboard;
             partialBytes = 0;
-            decoder.resync(nullptr);
+            decoder.resync(nullptr, nullptr);
             return true;
         }
         cause = errno;
@@ -74,8 +74,11 @@ void InputDeviceEvdev::run()
     for (;;) {
         slots[DeviceSlot] = {fd, POLLIN, 0};
         slots[WatchSlot] = {watch.fd(), POLLIN, 0};
-        if (!thread.wait(slots, -1))
+        if (!thread.wait(slots, decoder.pauseTimeout()))
             break;
+        if (!slots[DeviceSlot].revents && !slots[WatchSlot].revents)
+            if (auto text = decoder.pause())
+                deliver(*text);
         if (slots[DeviceSlot].revents & (POLLERR | POLLHUP | POLLNVAL))
             unbind();
         else if (slots[DeviceSlot].revents & POLLIN)
@@ -115,10 +118,13 @@ void InputDeviceEvdev::readEvents()
         const bool wasDropping = decoder.dropping();
         if (auto text = decoder.feed(buffer.events[i]))
             deliver(*text);
-        // The loss is over: ask which modifiers are down now.
+        // The loss is over: ask which keys are down and which locks are lit now.
         if (wasDropping && !decoder.dropping()) {
             unsigned char keys[KEY_CNT / 8 + 1] = {};
-            decoder.resync(ioctl(fd, EVIOCGKEY(sizeof keys), keys) >= 0 ? keys : nullptr);
+            unsigned char leds[LED_CNT / 8 + 1] = {};
+            const bool keysKnown = ioctl(fd, EVIOCGKEY(sizeof keys), keys) >= 0;
+            const bool ledsKnown = ioctl(fd, EVIOCGLED(sizeof leds), leds) >= 0;
+            decoder.resync(keysKnown ? keys : nullptr, ledsKnown ? leds : nullptr);
         }
     }
 }

@@ -6,7 +6,7 @@
 
 #include "input/DeviceSettings.h"
 #include "input/DeviceWatch.h"
-#include "input/EvdevKeyDecoder.h"
+#include "input/KeyDecoder.h"
 #include "input/EvdevKeyboards.h"
 #include "input/InputDevice.h"
 #include "util/ReaderThread.h"
@@ -39,7 +39,7 @@ private:
     bool boundStillListed() const;
 
     const DeviceSettings settings;
-    EvdevKeyDecoder decoder;
+    KeyDecoder decoder;
     DeviceWatch watch{"input"};
     int fd = -1;  // -1 while unplugged
     EvdevKeyboard bound;

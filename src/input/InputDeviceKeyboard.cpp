@@ -1,6 +1,5 @@
 #include "input/InputDeviceKeyboard.h"
 
-#include <X11/keysym.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -30,7 +29,7 @@ bool succeeded(const XApi& x, xcb_connection_t* c, xcb_void_cookie_t cookie)
 InputDeviceKeyboard::InputDeviceKeyboard(DataCallback callback, const DeviceSettings& settings)
     : InputDevice(std::move(callback)),
       settings(settings),
-      framer(settings),
+      decoder(settings),
       x(XApi::get())
 {
 }
@@ -64,8 +63,6 @@ bool InputDeviceKeyboard::start()
     int major = 2, minor = 0;
     x->XIQueryVersion(display, &major, &minor);
     root = DefaultRootWindow(display);
-    // Fetch the key map now: later the reader must not make Xlib requests of its own.
-    x->XkbKeycodeToKeysym(display, 8, 0, 0);
     if (!findAndBind() || !selectHierarchyEvents())
         return false;
     return thread.start([this] { ReadThread(); });
@@ -142,8 +139,10 @@ bool InputDeviceKeyboard::bindDevice(int id)
         ok = succeeded(*x, xcb,
                        x->xcb_input_xi_select_events_checked(xcb, static_cast<xcb_window_t>(root), 1, &mask.head));
     }
-    if (ok)
+    if (ok) {
         deviceId = id;
+        decoder.resync(nullptr, nullptr);  // a device bound anew starts with no key held, no lock
+    }
     return ok;
 }
 
@@ -179,11 +178,14 @@ bool InputDeviceKeyboard::connectionLost()
     return n == 0 || (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR);
 }
 
-// Sleeps until the server sends something or the source is told to stop.
-bool InputDeviceKeyboard::waitForX()
+// Sleeps until the server sends something, the pause that ends a code
+// without a suffix passes (quiet) or the source is told to stop.
+bool InputDeviceKeyboard::waitForX(bool& quiet)
 {
     std::array<pollfd, 1> server{{{serverGone ? -1 : ConnectionNumber(display), POLLIN, 0}}};
-    return thread.wait(server, -1);
+    const bool awake = thread.wait(server, decoder.pauseTimeout());
+    quiet = awake && !server[0].revents;
+    return awake;
 }
 
 void InputDeviceKeyboard::ReadThread()
@@ -200,8 +202,12 @@ void InputDeviceKeyboard::ReadThread()
                 handleNextEvent();
             continue;
         }
-        if (!waitForX())
+        bool quiet = false;
+        if (!waitForX(quiet))
             break;
+        if (quiet)
+            if (auto text = decoder.pause())
+                deliver(*text);
     }
     log(std::wstring(115, L'-'));
 }
@@ -215,10 +221,12 @@ void InputDeviceKeyboard::handleNextEvent()
         return;
     if (cookie->evtype == XI_HierarchyChanged) {
         findAndBind();
-    } else if (cookie->evtype == XI_KeyPress) {
+    } else if (cookie->evtype == XI_KeyPress || cookie->evtype == XI_KeyRelease) {
         const auto* key = static_cast<const XIDeviceEvent*>(cookie->data);
-        if (key->deviceid == deviceId && !focusBelongsToOtherProcess())
-            handleKeyPress(static_cast<unsigned>(key->detail) & 0xFF, static_cast<unsigned>(key->mods.base));
+        // Releases pass whatever has the focus, so no modifier stays held.
+        const bool press = cookie->evtype == XI_KeyPress;
+        if (key->deviceid == deviceId && (!press || !focusBelongsToOtherProcess()))
+            handleKey(static_cast<unsigned>(key->detail) & 0xFF, press ? (key->flags & XIKeyRepeat ? 2 : 1) : 0);
     }
     x->XFreeEventData(display, cookie);
     if (x->xcb_connection_has_error(xcb))
@@ -261,15 +269,15 @@ bool InputDeviceKeyboard::focusBelongsToOtherProcess()
     return false;
 }
 
-void InputDeviceKeyboard::handleKeyPress(unsigned keycode, unsigned mods)
+// X key codes are the kernel's plus 8 on every evdev or libinput server.
+void InputDeviceKeyboard::handleKey(unsigned keycode, int value)
 {
-    const KeySym keysym = x->XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), 0, (mods & ShiftMask) ? 1 : 0);
-    KeySym translated = keysym;
-    char buffer[100] = {};
-    int extra = 0;
-    const int typed = x->XkbTranslateKeySym(display, &translated, mods, buffer, sizeof buffer, &extra) > 0
-                          ? static_cast<unsigned char>(buffer[0])
-                          : KeyFramer::kTypesNothing;
-    if (auto text = framer.press(keysym, (mods & ControlMask) != 0, typed))
+    if (keycode < 8)
+        return;
+    input_event event{};
+    event.type = EV_KEY;
+    event.code = static_cast<unsigned short>(keycode - 8);
+    event.value = value;
+    if (auto text = decoder.feed(event))
         deliver(*text);
 }

@@ -5,7 +5,7 @@
 
 #include "input/DeviceSettings.h"
 #include "input/InputDevice.h"
-#include "input/KeyFramer.h"
+#include "input/KeyDecoder.h"
 #include "util/ReaderThread.h"
 
 typedef struct _XDisplay Display;
@@ -14,7 +14,8 @@ struct XApi;
 
 // Reads a scanner that presents itself as a keyboard, through X Input 2: the
 // device named in the settings is grabbed (or, in test mode, only listened
-// to), its key presses are turned into bytes and framed by the suffix.
+// to), its key presses and releases go to the key decoder the kernel reader
+// uses too, so that both read a scanner alike whatever the session's layout.
 //
 // The display connection is used by one thread at a time: the reader while it
 // runs, the destroying thread after the join. Requests that the server may
@@ -41,13 +42,13 @@ private:
     void unbind();
     bool selectHierarchyEvents();
     void handleNextEvent();
-    void handleKeyPress(unsigned keycode, unsigned mods);
+    void handleKey(unsigned keycode, int value);
     bool focusBelongsToOtherProcess();
     bool connectionLost();
-    bool waitForX();
+    bool waitForX(bool& quiet);
 
     const DeviceSettings settings;
-    KeyFramer framer;  // used by the reader only
+    KeyDecoder decoder;  // used by the reader only
     const XApi* const x;  // null without the X libraries
     Display* display = nullptr;
     xcb_connection_t* xcb = nullptr;  // the display's own, for the requests whose errors are checked

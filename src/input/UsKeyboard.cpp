@@ -48,10 +48,11 @@ const std::unordered_map<unsigned, Levels>& table()
         {KEY_LEFTSHIFT, {XK_Shift_L, XK_Shift_L}}, {KEY_RIGHTSHIFT, {XK_Shift_R, XK_Shift_R}},
         {KEY_LEFTCTRL, {XK_Control_L, XK_Control_L}}, {KEY_RIGHTCTRL, {XK_Control_R, XK_Control_R}},
         {KEY_LEFTALT, {XK_Alt_L, XK_Alt_L}}, {KEY_RIGHTALT, {XK_Alt_R, XK_Alt_R}},
-        {KEY_KP0, {XK_KP_0, XK_KP_0}}, {KEY_KP1, {XK_KP_1, XK_KP_1}}, {KEY_KP2, {XK_KP_2, XK_KP_2}},
-        {KEY_KP3, {XK_KP_3, XK_KP_3}}, {KEY_KP4, {XK_KP_4, XK_KP_4}}, {KEY_KP5, {XK_KP_5, XK_KP_5}},
-        {KEY_KP6, {XK_KP_6, XK_KP_6}}, {KEY_KP7, {XK_KP_7, XK_KP_7}}, {KEY_KP8, {XK_KP_8, XK_KP_8}},
-        {KEY_KP9, {XK_KP_9, XK_KP_9}}, {KEY_KPDOT, {XK_KP_Decimal, XK_KP_Decimal}},
+        // Num Lock on: Shift turns the digits back into the navigation keys, which type nothing.
+        {KEY_KP0, {XK_KP_0, XK_KP_Insert}}, {KEY_KP1, {XK_KP_1, XK_KP_End}}, {KEY_KP2, {XK_KP_2, XK_KP_Down}},
+        {KEY_KP3, {XK_KP_3, XK_KP_Next}}, {KEY_KP4, {XK_KP_4, XK_KP_Left}}, {KEY_KP5, {XK_KP_5, XK_KP_Begin}},
+        {KEY_KP6, {XK_KP_6, XK_KP_Right}}, {KEY_KP7, {XK_KP_7, XK_KP_Home}}, {KEY_KP8, {XK_KP_8, XK_KP_Up}},
+        {KEY_KP9, {XK_KP_9, XK_KP_Prior}}, {KEY_KPDOT, {XK_KP_Decimal, XK_KP_Delete}},
         {KEY_KPENTER, {XK_KP_Enter, XK_KP_Enter}}, {KEY_KPPLUS, {XK_KP_Add, XK_KP_Add}},
         {KEY_KPMINUS, {XK_KP_Subtract, XK_KP_Subtract}}, {KEY_KPASTERISK, {XK_KP_Multiply, XK_KP_Multiply}},
         {KEY_KPSLASH, {XK_KP_Divide, XK_KP_Divide}}, {KEY_KPEQUAL, {XK_KP_Equal, XK_KP_Equal}},
@@ -79,8 +80,11 @@ unsigned long UsKeyboard::keysym(unsigned code, bool shift)
 
 int UsKeyboard::typedByte(unsigned long keysym, bool control, bool capsLock)
 {
+    // Caps Lock inverts the case Shift chose, for letters only.
     if (capsLock && keysym >= XK_a && keysym <= XK_z)
         keysym -= XK_a - XK_A;
+    else if (capsLock && keysym >= XK_A && keysym <= XK_Z)
+        keysym += XK_a - XK_A;
     int c;
     if (keysym < 0x80)
         c = static_cast<int>(keysym);

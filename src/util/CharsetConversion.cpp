@@ -74,6 +74,23 @@ bool NotASCII(char c)
     return (static_cast<unsigned char>(c) & 0x80) != 0;
 }
 
+std::string singleByteToUtf8(char byte, const char* codeSet)
+{
+    iconv_t cd = iconv_open("UTF-8", codeSet);
+    if (cd == reinterpret_cast<iconv_t>(-1))
+        return std::string();
+    char out[8] = {};
+    char* inPtr = &byte;
+    size_t inLeft = 1;
+    char* outPtr = out;
+    size_t outLeft = sizeof out;
+    const size_t rc = iconv(cd, &inPtr, &inLeft, &outPtr, &outLeft);
+    iconv_close(cd);
+    if (rc == static_cast<size_t>(-1))
+        return std::string();
+    return std::string(out, outPtr);
+}
+
 std::string wstr2str(const std::wstring& text)
 {
     return boost::locale::conv::utf_to_utf<char>(text, boost::locale::conv::skip);

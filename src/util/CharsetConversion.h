@@ -10,5 +10,9 @@ std::wstring ConvertUTF8Input(const char* text);
 bool IsUTF8String(const char* text);
 bool NotASCII(char c);
 
+// One byte of a single-byte code set iconv knows ("CP1251", "CP866") in UTF-8;
+// empty where the code set leaves the byte undefined.
+std::string singleByteToUtf8(char byte, const char* codeSet);
+
 std::string wstr2str(const std::wstring& text);
 std::wstring str2wstr(const std::string& text);

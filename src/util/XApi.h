@@ -27,8 +27,6 @@
     X(int, XNextEvent, (Display*, XEvent*))                                                                  \
     X(Bool, XGetEventData, (Display*, XGenericEventCookie*))                                                 \
     X(void, XFreeEventData, (Display*, XGenericEventCookie*))                                                \
-    X(KeySym, XkbKeycodeToKeysym, (Display*, KeyCode, int, int))                                             \
-    X(int, XkbTranslateKeySym, (Display*, KeySym*, unsigned, char*, int, int*))                              \
     X(xcb_connection_t*, XGetXCBConnection, (Display*))                                                      \
     X(XDeviceInfo*, XListInputDevices, (Display*, int*))                                                     \
     X(void, XFreeDeviceList, (XDeviceInfo*))                                                                 \

@@ -50,6 +50,46 @@ TEST(KeyboardEvents, ScansArriveInAllFormsAndCloseReleasesTheGrab)
     EXPECT_EQ(host.memory.liveBlocks(), 0u);
 }
 
+// An Alt+keypad code above ASCII reaches the host as the letter (text) and as
+// its UTF-8 bytes (Base64); Suffix -1 and Timeout reach the reader.
+TEST(KeyboardEvents, AltCodesAndTimeoutFramingThroughTheHost)
+{
+    XvfbServer server;
+    XClient x;
+    TestHost host;
+    Component c = host.create(L"InputDevice");
+    ASSERT_TRUE(c.setParameter(L"Port", intVar(0)));
+    ASSERT_TRUE(c.setParameter(L"KeyboardDevice", c.str(L"Virtual core XTEST keyboard")));
+    // X key codes: Left Alt, keypad 0, 1, 9, 2, the digit 1, Enter.
+    constexpr unsigned alt = 64, kp0 = 90, kp1 = 87, kp9 = 81, kp2 = 88, one = 10, enter = 36;
+    const std::vector<std::pair<unsigned, bool>> scan = {
+        {alt, true},  {kp0, true},  {kp0, false}, {kp1, true},  {kp1, false},   {kp9, true},  {kp9, false},
+        {kp2, true},  {kp2, false}, {alt, false}, {one, true},  {one, false},   {enter, true}, {enter, false}};
+    std::wstring id = c.open();
+    ASSERT_FALSE(id.empty());
+    x.keyCodes(scan);
+    EXPECT_THAT(host.connection.waitForEvent(1), EventData(L"\u0410" L"1"));
+    c.close(id);
+
+    ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(2)));
+    id = c.open();
+    x.keyCodes(scan);
+    EXPECT_THAT(host.connection.waitForEvent(2), EventData(L"0JAx"));
+    c.close(id);
+
+    ASSERT_TRUE(c.setParameter(L"OutputDataType", intVar(0)));
+    ASSERT_TRUE(c.setParameter(L"Suffix", intVar(-1)));
+    // Long enough that one burst of keys is never cut on a loaded machine.
+    ASSERT_TRUE(c.setParameter(L"Timeout", intVar(1000)));
+    id = c.open();
+    x.typeText("12\n3");
+    EXPECT_THAT(host.connection.waitForEvent(3), EventData(L"12\r3"));
+    c.close(id);
+
+    IComponentBase* o = c.object();
+    host.destroy(o);
+}
+
 TEST(KeyboardEvents, OpenFailsForUnknownDeviceOrNoServer)
 {
     TestHost host;

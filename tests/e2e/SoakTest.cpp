@@ -4,7 +4,6 @@
 // scanned while its device was open must arrive once, in order, and threads,
 // descriptors and memory must come back to where they started.
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include <map>
 
@@ -16,25 +15,6 @@
 #include "XClient.h"
 #include "XvfbServer.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-// The sanitizers replace malloc; their allocator knows what is live.
-extern "C" size_t __sanitizer_get_current_allocated_bytes();
-size_t liveHeapBytes() { return __sanitizer_get_current_allocated_bytes(); }
-#elif defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 33)
-size_t liveHeapBytes()
-{
-    const struct mallinfo2 m = mallinfo2();
-    return m.uordblks + m.hblkhd;
-}
-#else
-// glibc before 2.33 (the release build's Debian 11) has only mallinfo, whose
-// int fields are enough for the few megabytes this test holds.
-size_t liveHeapBytes()
-{
-    const struct mallinfo m = mallinfo();
-    return static_cast<size_t>(static_cast<unsigned>(m.uordblks)) + static_cast<unsigned>(m.hblkhd);
-}
-#endif
 
 using namespace std::chrono_literals;
 

@@ -5,6 +5,7 @@
 #include <umockdev.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <chrono>
 #include <cerrno>
@@ -14,6 +15,7 @@
 #include <thread>
 
 #include "HangTimeout.h"
+#include "input/KeyCases.h"
 
 namespace {
 
@@ -48,33 +50,6 @@ std::string description(const MockKeyboard& k)
     }
     return text;
 }
-
-struct KeyOf {
-    char c;
-    int code;
-    bool shift;
-};
-
-// A US keyboard's keys for the characters the tests type.
-const KeyOf kKeys[] = {
-    {'1', KEY_1, false}, {'2', KEY_2, false}, {'3', KEY_3, false}, {'4', KEY_4, false},
-    {'5', KEY_5, false}, {'6', KEY_6, false}, {'7', KEY_7, false}, {'8', KEY_8, false},
-    {'9', KEY_9, false}, {'0', KEY_0, false}, {'-', KEY_MINUS, false}, {'=', KEY_EQUAL, false},
-    {'[', KEY_LEFTBRACE, false}, {']', KEY_RIGHTBRACE, false}, {';', KEY_SEMICOLON, false},
-    {'\'', KEY_APOSTROPHE, false}, {'`', KEY_GRAVE, false}, {'\\', KEY_BACKSLASH, false},
-    {',', KEY_COMMA, false}, {'.', KEY_DOT, false}, {'/', KEY_SLASH, false}, {' ', KEY_SPACE, false},
-    {'\r', KEY_ENTER, false}, {'\t', KEY_TAB, false},
-    {'!', KEY_1, true}, {'@', KEY_2, true}, {'#', KEY_3, true}, {'$', KEY_4, true},
-    {'%', KEY_5, true}, {'^', KEY_6, true}, {'&', KEY_7, true}, {'*', KEY_8, true},
-    {'(', KEY_9, true}, {')', KEY_0, true}, {'_', KEY_MINUS, true}, {'+', KEY_EQUAL, true},
-    {'{', KEY_LEFTBRACE, true}, {'}', KEY_RIGHTBRACE, true}, {':', KEY_SEMICOLON, true},
-    {'"', KEY_APOSTROPHE, true}, {'~', KEY_GRAVE, true}, {'|', KEY_BACKSLASH, true},
-    {'<', KEY_COMMA, true}, {'>', KEY_DOT, true}, {'?', KEY_SLASH, true},
-};
-
-const int kLetters[] = {KEY_A, KEY_B, KEY_C, KEY_D, KEY_E, KEY_F, KEY_G, KEY_H, KEY_I,
-                        KEY_J, KEY_K, KEY_L, KEY_M, KEY_N, KEY_O, KEY_P, KEY_Q, KEY_R,
-                        KEY_S, KEY_T, KEY_U, KEY_V, KEY_W, KEY_X, KEY_Y, KEY_Z};
 
 }  // namespace
 
@@ -156,9 +131,37 @@ gboolean refuseGrab(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer)
     return TRUE;
 }
 
+// Answers EVIOCGKEY and EVIOCGLED from the bitmaps of a KeyState; anything
+// else is left to the testbed.
+gboolean reportState(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer data)
+{
+    const auto* state = static_cast<const MockInput::KeyState*>(data);
+    const unsigned long request = umockdev_ioctl_client_get_request(client);
+    const std::vector<unsigned char>* bits = nullptr;
+    if (_IOC_TYPE(request) == _IOC_TYPE(EVIOCGKEY(0)) && _IOC_NR(request) == _IOC_NR(EVIOCGKEY(0)))
+        bits = &state->keysDown;
+    else if (_IOC_TYPE(request) == _IOC_TYPE(EVIOCGLED(0)) && _IOC_NR(request) == _IOC_NR(EVIOCGLED(0)))
+        bits = &state->ledsLit;
+    if (!bits)
+        return FALSE;
+    const size_t size = _IOC_SIZE(request);
+    GError* error = nullptr;
+    UMockdevIoctlData* buffer = umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, size, &error);
+    if (!buffer) {
+        g_clear_error(&error);
+        umockdev_ioctl_client_complete(client, -1, EFAULT);
+        return TRUE;
+    }
+    std::fill(buffer->data, buffer->data + size, 0);
+    std::copy(bits->begin(), bits->begin() + std::min(size, bits->size()), buffer->data);
+    umockdev_ioctl_client_complete(client, static_cast<glong>(size), 0);
+    g_object_unref(buffer);
+    return TRUE;
+}
+
 }  // namespace
 
-void MockInput::holdElsewhere(const MockKeyboard& keyboard)
+void MockInput::attachIoctlHandler(const MockKeyboard& keyboard, GCallback handler, void* data)
 {
     if (!handlers)
         handlers = std::make_unique<HandlerLoop>();
@@ -167,13 +170,15 @@ void MockInput::holdElsewhere(const MockKeyboard& keyboard)
     struct Attach {
         UMockdevTestbed* testbed;
         std::string node;
+        GCallback handler;
+        void* data;
         bool done = false;
         bool ok = false;
-    } attach{testbed, nodePath(keyboard)};
+    } attach{testbed, nodePath(keyboard), handler, data};
     g_main_context_invoke(handlers->context, [](gpointer data) -> gboolean {
         auto* a = static_cast<Attach*>(data);
         UMockdevIoctlBase* handler = umockdev_ioctl_base_new();
-        g_signal_connect(handler, "handle-ioctl", G_CALLBACK(refuseGrab), nullptr);
+        g_signal_connect(handler, "handle-ioctl", a->handler, a->data);
         a->ok = umockdev_testbed_attach_ioctl(a->testbed, a->node.c_str(), handler, nullptr);
         g_object_unref(handler);
         __atomic_store_n(&a->done, true, __ATOMIC_RELEASE);
@@ -183,6 +188,25 @@ void MockInput::holdElsewhere(const MockKeyboard& keyboard)
         std::this_thread::yield();
     if (!attach.ok)
         throw std::runtime_error("umockdev would not take the ioctl handler");
+}
+
+void MockInput::holdElsewhere(const MockKeyboard& keyboard)
+{
+    attachIoctlHandler(keyboard, G_CALLBACK(refuseGrab), nullptr);
+}
+
+void MockInput::reportKeyState(const MockKeyboard& keyboard, const std::vector<int>& keysDown,
+                               const std::vector<int>& ledsLit)
+{
+    auto state = std::make_unique<KeyState>();
+    state->keysDown.assign(KEY_CNT / 8 + 1, 0);
+    state->ledsLit.assign(LED_CNT / 8 + 1, 0);
+    for (int key : keysDown)
+        state->keysDown[key / 8] |= static_cast<unsigned char>(1 << (key % 8));
+    for (int led : ledsLit)
+        state->ledsLit[led / 8] |= static_cast<unsigned char>(1 << (led % 8));
+    attachIoctlHandler(keyboard, G_CALLBACK(reportState), state.get());
+    states.push_back(std::move(state));
 }
 
 void MockInput::plug(const MockKeyboard& keyboard)
@@ -260,20 +284,11 @@ std::vector<int> MockInput::keysOf(const std::string& text)
 {
     std::vector<int> keys;
     for (char c : text) {
-        if (std::isalpha(static_cast<unsigned char>(c))) {
-            const int code = kLetters[std::tolower(static_cast<unsigned char>(c)) - 'a'];
-            keys.push_back(std::isupper(static_cast<unsigned char>(c)) ? -code : code);
-            continue;
-        }
-        bool found = false;
-        for (const KeyOf& k : kKeys)
-            if (k.c == c) {
-                keys.push_back(k.shift ? -k.code : k.code);
-                found = true;
-                break;
-            }
-        if (!found)
+        bool shift = false;
+        const int code = usKeyFor(c, shift);
+        if (!code)
             throw std::runtime_error(std::string("no US key types ") + c);
+        keys.push_back(shift ? -code : code);
     }
     return keys;
 }

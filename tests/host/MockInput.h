@@ -41,6 +41,13 @@ public:
     // From now on the node answers every grab with EBUSY, as when another
     // program holds it (umockdev's ioctl emulation answers for the node).
     void holdElsewhere(const MockKeyboard& keyboard);
+    // From now on the node tells the keys held and the LEDs lit as given
+    // (EVIOCGKEY, EVIOCGLED), as after events the reader never saw.
+    void reportKeyState(const MockKeyboard& keyboard, const std::vector<int>& keysDown,
+                        const std::vector<int>& ledsLit);
+    struct KeyState {
+        std::vector<unsigned char> keysDown, ledsLit;
+    };
 
     // Lets every user into the testbed (umockdev's sockets included) but
     // leaves the event nodes to root, as nodes are without a rule giving the
@@ -56,10 +63,13 @@ public:
     static std::vector<int> keysOf(const std::string& text);
 
 private:
+    void attachIoctlHandler(const MockKeyboard& keyboard, void (*handler)(), void* data);
+
     UMockdevTestbed* testbed;
     // The ioctl handlers run on a GLib main loop of their own.
     struct HandlerLoop;
     std::unique_ptr<HandlerLoop> handlers;
+    std::vector<std::unique_ptr<KeyState>> states;  // read by the handlers until they stop
 };
 
 input_event keyEvent(int code, int value);

@@ -54,6 +54,22 @@ void XClient::chord(KeySym modifier, KeySym key)
     XSync(dpy, False);
 }
 
+void XClient::keyCodes(const std::vector<std::pair<unsigned, bool>>& keys, int deviceId)
+{
+    XDevice* device = nullptr;
+    if (deviceId >= 0 && !(device = XOpenDevice(dpy, static_cast<XID>(deviceId))))
+        throw std::runtime_error("cannot open the XTest device");
+    for (const auto& [code, press] : keys) {
+        if (device)
+            XTestFakeDeviceKeyEvent(dpy, device, code, press, nullptr, 0, CurrentTime);
+        else
+            XTestFakeKeyEvent(dpy, code, press, CurrentTime);
+    }
+    XSync(dpy, False);
+    if (device)
+        XCloseDevice(dpy, device);
+}
+
 std::vector<int> XClient::devicesNamed(const std::string& name)
 {
     std::vector<int> ids;
@@ -99,16 +115,12 @@ void XClient::removeMasters(const std::string& name)
 
 void XClient::typeOn(int deviceId, const std::vector<KeySym>& keys)
 {
-    XDevice* device = XOpenDevice(dpy, static_cast<XID>(deviceId));
-    if (!device)
-        throw std::runtime_error("cannot open the XTest device");
+    std::vector<std::pair<unsigned, bool>> codes;
     for (KeySym k : keys) {
         const KeyCode code = XKeysymToKeycode(dpy, k);
-        XTestFakeDeviceKeyEvent(dpy, device, code, True, nullptr, 0, CurrentTime);
-        XTestFakeDeviceKeyEvent(dpy, device, code, False, nullptr, 0, CurrentTime);
+        codes.insert(codes.end(), {{code, true}, {code, false}});
     }
-    XSync(dpy, False);
-    XCloseDevice(dpy, device);
+    keyCodes(codes, deviceId);
 }
 
 bool XClient::grabSucceeds(int deviceId)

@@ -19,6 +19,9 @@ public:
     void type(const std::vector<KeySym>& keys);
     void typeText(const std::string& text);  // digits, letters, Return for '\n'
     void chord(KeySym modifier, KeySym key);
+    // Presses (true) and releases key codes as given, on the core XTest
+    // keyboard or on the XTest slave keyboard of that id.
+    void keyCodes(const std::vector<std::pair<unsigned, bool>>& keys, int deviceId = -1);
 
     // Device ids by name, in the order the server lists them.
     std::vector<int> devicesNamed(const std::string& name);

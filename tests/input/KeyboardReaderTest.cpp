@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "CodeSink.h"
+#include "input/KeyCases.h"
 #include "XClient.h"
 #include "TestUtil.h"
 #include "XvfbServer.h"
@@ -235,6 +236,80 @@ TEST_F(KeyboardReader, NewcomerOfTheSameNameDoesNotTakeTheGrab)
     EXPECT_TRUE(x->grabSucceeds(second));
     source.reset();
     x->removeMasters("Pair");
+}
+
+// The key table through X: each case on a source of its own, typed by key
+// code (the kernel's + 8) so that the server's key map plays no part.
+TEST_F(KeyboardReader, KeyTable)
+{
+    for (const KeyCase& c : keyCases()) {
+        if (c.kernelOnly)
+            continue;
+        CodeSink s;
+        auto source = InputDeviceKeyboardFactory().create(settingsFor(c, kXTestKeyboard), s.callback());
+        ASSERT_TRUE(source) << c.name;
+        std::vector<std::pair<unsigned, bool>> keys;
+        auto add = [&keys](const std::vector<KeyStep>& steps) {
+            for (const KeyStep& k : steps)
+                keys.emplace_back(static_cast<unsigned>(k.code + 8), k.value != 0);
+        };
+        add(c.keys);
+        add(sentinelKeys(c));
+        x->keyCodes(keys);
+        const auto expected = expectedWithSentinel(c);
+        EXPECT_EQ(s.waitFor(expected.size()), expected) << c.name;
+    }
+}
+
+TEST_F(KeyboardReader, WithoutSuffixAPauseOfTimeoutEndsTheCode)
+{
+    auto f = keyboardNamed(kXTestKeyboard);
+    f.suffix = "";
+    // Long enough that one burst of keys is never cut on a loaded machine.
+    f.keyboardTimeout = 1000;
+    auto source = InputDeviceKeyboardFactory().create(f, sink.callback());
+    ASSERT_TRUE(source);
+    x->typeText("12\n3");
+    ASSERT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("12\r3")});
+    x->typeText("45");
+    EXPECT_EQ(sink.waitFor(2), (std::vector<std::wstring>{b64("12\r3"), b64("45")}));
+}
+
+TEST_F(KeyboardReader, WithASuffixTimeoutChangesNothing)
+{
+    auto f = keyboardNamed(kXTestKeyboard);
+    f.keyboardTimeout = 1;
+    auto source = InputDeviceKeyboardFactory().create(f, sink.callback());
+    ASSERT_TRUE(source);
+    x->typeText("1");
+    std::this_thread::sleep_for(100ms);
+    x->typeText("2\n");
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64("12")});
+}
+
+// Each scanner's Shift, Caps Lock and Alt are its own.
+TEST_F(KeyboardReader, TwoScannersInterleaved)
+{
+    const int a = x->addMaster("First");
+    const int b = x->addMaster("Second");
+    CodeSink first, second;
+    auto one = InputDeviceKeyboardFactory().create(keyboardNamed("First XTEST keyboard"), first.callback());
+    auto two = InputDeviceKeyboardFactory().create(keyboardNamed("Second XTEST keyboard"), second.callback());
+    ASSERT_TRUE(one);
+    ASSERT_TRUE(two);
+    auto on = [this](int id, std::vector<std::pair<unsigned, bool>> keys) { x->keyCodes(keys, id); };
+    constexpr unsigned shift = 50, capsLock = 66, alt = 64, kp2 = 88, kp9 = 81, kp0 = 90, letterA = 38, enter = 36;
+    on(a, {{shift, true}, {capsLock, true}, {capsLock, false}});
+    on(b, {{letterA, true}, {letterA, false}, {alt, true}, {kp0, true}, {kp0, false}, {kp2, true}, {kp2, false}});
+    on(a, {{letterA, true}, {letterA, false}, {shift, false}, {letterA, true}, {letterA, false}});
+    on(b, {{kp9, true}, {kp9, false}, {alt, false}, {letterA, true}, {letterA, false}, {enter, true}, {enter, false}});
+    on(a, {{enter, true}, {enter, false}});
+    EXPECT_EQ(first.waitFor(1), std::vector<std::wstring>{b64("aA")});
+    EXPECT_EQ(second.waitFor(1), std::vector<std::wstring>{b64("a\x1d" "a")});
+    one.reset();
+    two.reset();
+    x->removeMasters("First");
+    x->removeMasters("Second");
 }
 
 TEST(KeyboardReaderServerLoss, ServerGoingAwayLeavesTheProcessRunning)
