@@ -4,6 +4,8 @@
 #include "abi/ComponentBase.h"
 #include "addin/RavlinNative.h"
 #include "abi/StringConversion.h"
+#include "util/CharsetConversion.h"
+#include "util/SupportLog.h"
 
 #define RAVLIN_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -42,6 +44,7 @@ RAVLIN_EXPORT long GetClassObject(const unsigned short* name, IComponentBase** o
             *object = new RavlinNative(L"InputDevice");
         else if (className == L"CardReaderDevice")
             *object = new RavlinNative(L"CardReaderDevice");
+        SupportLog::write("component " + wstr2str(className) + (*object ? " created" : " unknown"));
     } catch (...) {
         *object = nullptr;
     }

@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+#include "util/SupportLog.h"
+
 // Receives each framed code as the Base64 text of its bytes, on the reader's thread.
 using DataCallback = std::function<void(const std::wstring&)>;
 
@@ -21,6 +23,12 @@ protected:
     {
         try {
             callback(code);
+        } catch (...) {
+        }
+        // Only once the code is with the host: the log never holds it back.
+        try {
+            if (SupportLog::enabled())
+                SupportLog::write("code delivered: " + SupportLog::describeCode(code));
         } catch (...) {
         }
     }

@@ -12,6 +12,7 @@
 #include "input/LineSpeeds.h"
 #include "input/PortFamily.h"
 #include "input/SerialFramer.h"
+#include "util/SupportLog.h"
 #include "util/CharsetConversion.h"
 #include "util/SymbolCodecs.h"
 
@@ -83,6 +84,7 @@ bool InputDeviceComPort::openLine()
         return false;
     if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
         lineBusy = true;
+        SupportLog::write("serial line " + devicePath + " not opened: another reader holds it");
         closeLine();
         return false;
     }
@@ -91,6 +93,7 @@ bool InputDeviceComPort::openLine()
         return false;
     }
     ioctl(fd, TIOCEXCL);
+    SupportLog::write("serial line opened: " + devicePath);
     return true;
 }
 
@@ -171,6 +174,7 @@ bool InputDeviceComPort::readOnce(SerialFramer& framer, int quietMs, int& emptyR
     // The device went away.
     if (auto code = framer.quiet())
         deliverCode(*code);
+    SupportLog::write("serial line lost: " + devicePath + "; tried again twice a second");
     closeLine();
     return true;
 }

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "util/SupportLog.h"
 #include "util/Logger.h"
 
 InputDeviceEvdev::InputDeviceEvdev(DataCallback callback, const DeviceSettings& settings)
@@ -43,9 +44,12 @@ bool InputDeviceEvdev::bind()
             bound = keyboard;
             partialBytes = 0;
             decoder.resync(nullptr, nullptr);
+            SupportLog::write("kernel keyboard bound: " + keyboard.node + " \"" + keyboard.name + "\"");
             return true;
         }
         cause = errno;
+        SupportLog::write("kernel keyboard " + keyboard.node + " not opened: " +
+                          (cause == EBUSY ? std::string("grab refused, another program holds it") : std::strerror(cause)));
     }
     errno = cause;
     return false;
@@ -57,6 +61,7 @@ void InputDeviceEvdev::unbind()
         return;
     close(fd);  // closing ends the grab
     fd = -1;
+    SupportLog::write("kernel keyboard let go: " + bound.node);
 }
 
 bool InputDeviceEvdev::boundStillListed() const

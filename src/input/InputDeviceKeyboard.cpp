@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "input/DeviceNodes.h"
+#include "util/SupportLog.h"
 #include "util/Logger.h"
 #include "util/SymbolCodecs.h"
 #include "util/XApi.h"
@@ -143,6 +144,8 @@ bool InputDeviceKeyboard::bindDevice(int id)
         deviceId = id;
         decoder.resync(nullptr, nullptr);  // a device bound anew starts with no key held, no lock
     }
+    SupportLog::write("X keyboard device " + std::to_string(id) + " \"" + settings.keyboardDevice + "\"" +
+                      (ok ? " bound" : settings.testMode ? " not selected" : " not bound: grab refused"));
     return ok;
 }
 
@@ -153,6 +156,7 @@ void InputDeviceKeyboard::unbind()
     // The device may be gone already; that error is expected and dropped.
     succeeded(*x, xcb, x->xcb_input_xi_ungrab_device_checked(xcb, XCB_CURRENT_TIME,
                                                              static_cast<xcb_input_device_id_t>(deviceId.load())));
+    SupportLog::write("X keyboard device " + std::to_string(deviceId.load()) + " let go");
     deviceId = -1;
 }
 

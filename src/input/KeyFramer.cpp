@@ -3,6 +3,7 @@
 #include "input/DeviceSettings.h"
 #include "input/NonPrintableKeys.h"
 #include "util/CharsetConversion.h"
+#include "util/SupportLog.h"
 #include "util/SymbolCodecs.h"
 
 namespace {
@@ -61,6 +62,7 @@ std::optional<std::wstring> KeyFramer::type(const std::string& bytes)
 
 void KeyFramer::discard()
 {
+    SupportLog::write("keyboard code dropped: the kernel lost events; skipping to the next suffix");
     code.clear();
     skipping = true;
 }
@@ -80,6 +82,7 @@ void KeyFramer::append(const std::string& bytes)
         code.clear();
         code.shrink_to_fit();
         skipping = true;
+        SupportLog::write("keyboard code dropped: over 1 MiB without a suffix; framing restarts at the next one");
         return;
     }
     code += bytes;

@@ -1,5 +1,7 @@
 #include "input/SerialFramer.h"
 
+#include "util/SupportLog.h"
+
 SerialFramer::SerialFramer(std::string suffix) : suffix(std::move(suffix)) {}
 
 std::optional<std::string> SerialFramer::feed(char byte)
@@ -19,6 +21,7 @@ std::optional<std::string> SerialFramer::feed(char byte)
         buffer.clear();
         buffer.shrink_to_fit();
         overflowed = true;
+        SupportLog::write("serial code dropped: over 1 MiB without a suffix; framing restarts at the next one");
         return std::nullopt;
     }
     buffer += byte;
@@ -30,6 +33,8 @@ std::optional<std::string> SerialFramer::quiet()
     const bool wasOverflowed = overflowed;
     overflowed = false;
     if (buffer.empty() || !suffix.empty() || wasOverflowed) {
+        if (!buffer.empty() && !suffix.empty())
+            SupportLog::write("serial code dropped: the line paused before its suffix came");
         buffer.clear();
         return std::nullopt;
     }

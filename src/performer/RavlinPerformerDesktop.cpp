@@ -1,8 +1,11 @@
 #include "performer/RavlinPerformerDesktop.h"
 
+#include <cstdio>
+
 #include "abi/StringConversion.h"
 #include "input/DeviceNodes.h"
 #include "util/CharsetConversion.h"
+#include "util/SupportLog.h"
 #include "dialog/DevTestDialogLinux.h"
 #include "performer/AppSettings.h"
 
@@ -111,6 +114,27 @@ const InputDeviceFactory& RavlinPerformerDesktop::factoryFor(const DeviceSetting
     return comPortFactory;
 }
 
+namespace {
+
+// The settings a source was opened with, for the support log.
+std::string describe(const DeviceSettings& s)
+{
+    std::string suffix;
+    for (unsigned char c : s.suffix) {
+        char hex[4];
+        std::snprintf(hex, sizeof hex, "%02X", c);
+        suffix += hex;
+    }
+    if (s.port != 0)
+        return "Port=" + std::to_string(s.port) + " Speed=" + std::to_string(s.speed) +
+               " TimeoutCOM=" + std::to_string(s.comTimeout) + " Suffix=" + (suffix.empty() ? "none" : suffix) +
+               " Encoding=" + wstr2str(s.comEncoding);
+    return "KeyboardDevice=\"" + s.keyboardDevice + "\" GSSymbolKey=" + std::to_string(s.gsKey) +
+           " Suffix=" + (suffix.empty() ? "none" : suffix) + " Timeout=" + std::to_string(s.keyboardTimeout);
+}
+
+}  // namespace
+
 bool RavlinPerformerDesktop::OpenDevice(const std::wstring& deviceId)
 {
     // A repeated id keeps the first source. A second one would only be
@@ -123,6 +147,7 @@ bool RavlinPerformerDesktop::OpenDevice(const std::wstring& deviceId)
         callback(id, equipment, output, data);
     };
     std::unique_ptr<InputDevice> source = factoryFor(next).create(next, bound);
+    SupportLog::write("Open " + wstr2str(deviceId) + (source ? "" : " failed") + ": " + describe(next));
     if (!source)
         return false;
     devices.emplace(deviceId, std::move(source));
@@ -135,6 +160,7 @@ bool RavlinPerformerDesktop::CloseDevice(const std::wstring& deviceId)
     if (it == devices.end())
         return false;
     devices.erase(it);
+    SupportLog::write("Close " + wstr2str(deviceId));
     return true;
 }
 
