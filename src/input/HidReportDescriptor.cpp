@@ -178,6 +178,9 @@ private:
 
 bool byteAligned(const Element& e) { return e.bitSize == 8 && e.bitOffset % 8 == 0; }
 
+// A count of whole bytes that fits 32 bits.
+bool wholeBytes(const Element& e) { return e.bitSize % 8 == 0 && e.bitSize >= 8 && e.bitSize <= 32 && e.bitOffset % 8 == 0; }
+
 // The scanned-data report on the Bar Code Scanner page.
 std::optional<HidPosLayout> standardLayout(const Parser& p)
 {
@@ -205,8 +208,9 @@ std::optional<HidPosLayout> standardLayout(const Parser& p)
             } else if (e.usage == kDecodeDataContinued && layout.continuedMask == 0) {
                 layout.continuedOffset = byte;
                 layout.continuedMask = static_cast<uint8_t>(1u << (e.bitOffset % 8));
-            } else if (e.usage == kByteCount && byteAligned(e) && !layout.lengthOffset) {
+            } else if (e.usage == kByteCount && wholeBytes(e) && !layout.lengthOffset) {
                 layout.lengthOffset = byte;
+                layout.lengthSize = e.bitSize / 8;
             } else if (e.usage == kSymbologyIdentifier1 && byteAligned(e) && k + 2 < el.size() &&
                        el[k + 1].usage == kSymbologyIdentifier1 + 1 && byteAligned(el[k + 1]) &&
                        el[k + 2].usage == kSymbologyIdentifier1 + 2 && byteAligned(el[k + 2]) &&

@@ -6,7 +6,8 @@
 //  - the Bar Code Scanner usage page (0x8C): a report holding Decoded Data
 //    (0xFE) and Decode Data Continued (0xFF), optionally Symbology Identifier
 //    1-3 (0xFB-0xFD, the AIM identifier) and a Byte Count (Generic Desktop
-//    0x3B) saying how many of the data bytes are valid;
+//    0x3B, one to four whole bytes, little-endian) saying how many of the
+//    data bytes are valid;
 //  - two makers' vendor-defined layouts of a 64-byte report with id 2, which
 //    their scanners use in this mode with a descriptor that names none of the
 //    fields: Honeywell/Hand Held Products (byte 1 length, bytes 2-4 AIM id,
@@ -24,7 +25,8 @@ struct HidPosLayout {
     size_t reportSize = 0;  // bytes of one report as read, the id byte included
     size_t dataOffset = 0;
     size_t dataCapacity = 0;
-    std::optional<size_t> lengthOffset;     // one byte: valid data bytes in this report
+    std::optional<size_t> lengthOffset;     // valid data bytes in this report, little-endian
+    size_t lengthSize = 1;                  // bytes of that count, 1 to 4
     std::optional<size_t> symbologyOffset;  // three bytes of AIM identifier
     size_t continuedOffset = 0;
     uint8_t continuedMask = 0;  // 0: every report holds a whole code

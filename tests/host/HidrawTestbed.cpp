@@ -1,7 +1,13 @@
 #include "HidrawTestbed.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <umockdev.h>
 #include <unistd.h>
+
+#include <chrono>
+#include <thread>
 
 #include <cstdio>
 #include <cstdlib>
@@ -83,6 +89,30 @@ void HidrawTestbed::send(unsigned number, const std::string& reports)
     const int fd = umockdev_testbed_get_dev_fd(testbed, ("/dev/hidraw" + std::to_string(number)).c_str());
     if (fd < 0 || write(fd, reports.data(), reports.size()) != static_cast<ssize_t>(reports.size()))
         throw std::runtime_error("cannot write to the emulated hidraw" + std::to_string(number));
+}
+
+void HidrawTestbed::sendReport(unsigned number, const std::string& report)
+{
+    const int tty = open(nodeTarget(number).c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (tty < 0)
+        throw std::runtime_error("cannot open the emulated hidraw" + std::to_string(number) + "'s terminal");
+    send(number, report);
+    // A poll moves what was written into the terminal's input queue, so the
+    // queue's count is the bytes no read has taken yet.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    for (;;) {
+        pollfd p{tty, POLLIN, 0};
+        poll(&p, 1, 0);
+        int queued = 0;
+        if (ioctl(tty, FIONREAD, &queued) != 0 || queued == 0)
+            break;
+        if (std::chrono::steady_clock::now() > deadline) {
+            close(tty);
+            throw std::runtime_error("nobody reads the emulated hidraw" + std::to_string(number));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    close(tty);
 }
 
 std::string HidrawTestbed::nodeFile(unsigned number) const

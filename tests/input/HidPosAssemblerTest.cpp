@@ -142,20 +142,110 @@ TEST(HidPosAssembler, BadReportsDropTheirCodeAndTheNextScanArrives)
     lengthPastData[1] = 57;
     const std::string good = reportsFor(l, "]E0", kEan13)[0];
 
-    // A short read in the middle of a chain.
-    EXPECT_EQ(assemble(l, {parts[0], parts[1].substr(0, 10), parts[2], good}).size(), 1u);
     // A length byte past the data field.
     auto codes = assemble(l, {lengthPastData, good});
     ASSERT_EQ(codes.size(), 1u);
     EXPECT_EQ(codes[0].data, kEan13);
-    // Another report id is not ours and changes nothing.
-    std::string other = parts[1];
-    other[0] = 3;
-    codes = assemble(l, {parts[0], other, parts[1], parts[2]});
+    // The same in the middle of a chain drops that chain up to its end, and no more.
+    std::string badMiddle = parts[1];
+    badMiddle[1] = static_cast<char>(0xFF);
+    codes = assemble(l, {parts[0], badMiddle, parts[2], good});
     ASSERT_EQ(codes.size(), 1u);
-    EXPECT_EQ(codes[0].data, gs1DataMatrix());
+    EXPECT_EQ(codes[0].data, kEan13);
+    // A bad last report ends the chain it belongs to.
+    std::string badLast = parts[2];
+    badLast[1] = 57;
+    codes = assemble(l, {parts[0], parts[1], badLast, good});
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, kEan13);
     // An empty report holds no code.
     EXPECT_TRUE(assemble(l, reportsFor(l, "]E0", "")).empty());
+}
+
+TEST(HidPosAssembler, OtherReportsLeaveTheChainAsItWas)
+{
+    const HidPosLayout l = layoutOf(kStandardWithStatusReport);
+    EXPECT_EQ(l.reportId, 2);
+    EXPECT_EQ(l.reportSize, 64u);
+    const std::string status("\x03\x01\0\0", 4);
+    const auto one = [&](const std::string& code) { return reportsFor(l, "]E0", code)[0]; };
+
+    // FIRST, a status report, SECOND, THIRD: three codes.
+    auto codes = assemble(l, {one("FIRST"), status, one("SECOND"), one("THIRD")});
+    ASSERT_EQ(codes.size(), 3u);
+    EXPECT_EQ(codes[1].data, "SECOND");
+    EXPECT_EQ(codes[2].data, "THIRD");
+
+    // A short report on its own, then one whole scan.
+    codes = assemble(l, {std::string(10, '\x02'), one(kEan13)});
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, kEan13);
+
+    // Inside a chain: other ids, other sizes (shorter, longer, empty) pass by.
+    const auto parts = reportsFor(l, "]d2", gs1DataMatrix());
+    std::string otherId = parts[1];
+    otherId[0] = 4;
+    codes = assemble(l, {parts[0], status, otherId, parts[1], std::string(10, '\x02'), std::string(65, '\x02'),
+                         std::string(), parts[2]});
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, gs1DataMatrix());
+    EXPECT_EQ(codes[0].symbology, "]d2");
+}
+
+TEST(HidPosAssembler, SixteenBitByteCountKeepsTrailingNuls)
+{
+    const HidPosLayout l = layoutOf(kStandardWith16BitByteCount);
+    EXPECT_EQ(l.reportSize, 63u);
+    EXPECT_EQ(l.lengthOffset, std::optional<size_t>(1));
+    EXPECT_EQ(l.lengthSize, 2u);
+    EXPECT_EQ(l.symbologyOffset, std::optional<size_t>(3));
+    EXPECT_EQ(l.dataOffset, 6u);
+    EXPECT_EQ(l.dataCapacity, 56u);
+    EXPECT_EQ(l.continuedOffset, 62u);
+    // A 60-byte binary code ending in NULs, over two reports.
+    std::string code(58, '\x7F');
+    code += std::string(2, '\0');
+    const auto codes = assemble(l, reportsFor(l, "]d1", code));
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, code);
+    // A count past the data field, in its high byte.
+    std::string wide = reportsFor(l, "]E0", kEan13)[0];
+    wide[2] = 1;
+    EXPECT_TRUE(assemble(l, {wide}).empty());
+}
+
+TEST(HidReportDescriptor, ByteCountsOfEveryWholeByteWidth)
+{
+    // Report id 2: a Byte Count of 8..40 bits, then 8 bytes of Decoded Data.
+    for (unsigned char bits : {8, 16, 24, 32, 40}) {
+        const std::string d = bytes({0x05, 0x8C, 0x09, 0x02, 0xA1, 0x01, 0x85, 0x02, 0x75, bits, 0x95, 0x01,
+                                     0x05, 0x01, 0x09, 0x3B, 0x81, 0x02, 0x05, 0x8C, 0x75, 0x08, 0x95, 0x08,
+                                     0x09, 0xFE, 0x81, 0x02, 0xC0});
+        const auto l = parseHidPosLayout(d, 0);
+        ASSERT_TRUE(l);
+        if (bits % 8 == 0 && bits <= 32) {
+            EXPECT_EQ(l->lengthOffset, std::optional<size_t>(1)) << int(bits);
+            EXPECT_EQ(l->lengthSize, bits / 8u);
+        } else {
+            EXPECT_FALSE(l->lengthOffset) << int(bits);  // not a count this driver reads: NULs trimmed instead
+        }
+    }
+}
+
+TEST(HidPosAssembler, WithoutAByteCountOnlyTheLastReportIsTrimmed)
+{
+    const HidPosLayout l = layoutOf(kStandard);
+    // The first report's data ends in NULs that belong to the code.
+    std::string code(50, 'A');
+    code += std::string(6, '\0');
+    code += "B";
+    auto codes = assemble(l, reportsFor(l, "]d1", code));
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, code);
+    // The last report's padding goes.
+    codes = assemble(l, reportsFor(l, "]E0", kEan13));
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, kEan13);
 }
 
 TEST(HidPosAssembler, EndlessChainIsCappedAndReadingResumes)

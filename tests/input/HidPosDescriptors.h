@@ -47,6 +47,30 @@ inline const std::string kStandardWithByteCount = bytes({
     0xC0, 0xC0,
 });
 
+// The same with a second input report: a 4-byte status report (id 3, three
+// bytes on the maker's vendor page 0xFF66) beside the 64-byte scan report 2.
+inline const std::string kStandardWithStatusReport = kStandardWithByteCount + bytes({
+    0x06, 0x66, 0xFF, 0x09, 0x01, 0xA1, 0x01,  // Usage Page (0xFF66), Usage (1), Collection (Application)
+    0x85, 0x03, 0x15, 0x00, 0x26, 0xFF, 0x00,  //   Report ID (3), Logical Minimum (0), Logical Maximum (255)
+    0x75, 0x08, 0x95, 0x03, 0x09, 0x02, 0x81, 0x02,  // Report Size (8), Report Count (3), Usage (2), Input
+    0xC0,
+});
+
+// The Bar Code Scanner page with a 16-bit Byte Count (the Generic Desktop
+// usage is a count of any size): report id 2, bytes 1-2 count (little-endian),
+// 3-5 AIM, 6-61 data, eight "continued" bits in byte 62 (63 bytes with the id).
+inline const std::string kStandardWith16BitByteCount = bytes({
+    0x05, 0x8C, 0x09, 0x02, 0xA1, 0x01, 0x09, 0x12, 0xA1, 0x02,
+    0x85, 0x02, 0x15, 0x00,
+    0x27, 0xFF, 0xFF, 0x00, 0x00, 0x75, 0x10, 0x95, 0x01,        // Logical Maximum (65535), Report Size (16)
+    0x05, 0x01, 0x09, 0x3B, 0x81, 0x02,                          // Usage Page (Generic Desktop), Usage (Byte Count)
+    0x26, 0xFF, 0x00, 0x75, 0x08, 0x95, 0x03,                    // Logical Maximum (255), Report Size (8)
+    0x05, 0x8C, 0x09, 0xFB, 0x09, 0xFC, 0x09, 0xFD, 0x81, 0x02,
+    0x95, 0x38, 0x09, 0xFE, 0x82, 0x02, 0x01,
+    0x25, 0x01, 0x75, 0x01, 0x95, 0x08, 0x09, 0xFF, 0x81, 0x02,
+    0xC0, 0xC0,
+});
+
 // Vendor-defined descriptors: one application collection on a vendor page
 // with a 63-byte input report 2 (and a 63-byte output report 4) whose fields
 // carry no usage of their own. The layout of report 2 comes from the makers'

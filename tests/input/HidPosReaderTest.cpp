@@ -152,6 +152,49 @@ TEST_F(HidPosReader, TwoScannersAtOnceEachOnItsOwnThread)
     EXPECT_NE(first.readerThread(), second.readerThread());
 }
 
+// Each read of a kernel node is one report: a status report between scans, or
+// a short report alone, is another report and costs no scan.
+TEST_F(HidPosReader, OtherReportsBetweenScansLoseNothing)
+{
+    const HidrawTestbed::Device scanner{kHoneywellVendorId, 0x0B87, "ST1", "Honeywell Xenon 1950g",
+                                        kStandardWithStatusReport};
+    bed.plug(13, scanner);
+    CodeSink sink;
+    auto source = open(13, sink);
+    ASSERT_TRUE(source);
+    const HidPosLayout layout = *parseHidPosLayout(scanner.descriptor, scanner.vendorId);
+    const auto report = [&](const std::string& code) { return reportsFor(layout, "]E0", code)[0]; };
+    bed.sendReport(13, report("FIRST"));
+    bed.sendReport(13, std::string("\x03\x01\0\0", 4));
+    bed.sendReport(13, report("SECOND"));
+    bed.sendReport(13, report("THIRD"));
+    bed.sendReport(13, std::string(10, '\x02'));
+    bed.sendReport(13, report(kEan13));
+    const auto parts = reportsFor(layout, "]d2", gs1DataMatrix());
+    bed.sendReport(13, parts[0]);
+    bed.sendReport(13, std::string("\x03\x02\0\0", 4));
+    bed.sendReport(13, parts[1]);
+    bed.sendReport(13, parts[2]);
+    EXPECT_EQ(sink.waitFor(5, std::chrono::seconds(60)), (std::vector<std::wstring>{b64("FIRST"), b64("SECOND"), b64("THIRD"), b64(kEan13),
+                                                          b64(gs1DataMatrix())}));
+}
+
+TEST_F(HidPosReader, AScanReportWithALengthPastItsDataDropsItsCodeAndTheNextScanArrives)
+{
+    bed.plug(14, kHoneywell);
+    CodeSink sink;
+    auto source = open(14, sink);
+    ASSERT_TRUE(source);
+    const HidPosLayout layout = *parseHidPosLayout(kHoneywell.descriptor, kHoneywell.vendorId);
+    auto parts = reportsFor(layout, "]d2", gs1DataMatrix());
+    parts[1][1] = static_cast<char>(0xFF);
+    std::string stream = parts[0] + parts[1] + parts[2];
+    for (const std::string& r : reportsFor(layout, "]E0", kEan13))
+        stream += r;
+    bed.send(14, stream);
+    EXPECT_EQ(sink.waitFor(1, std::chrono::seconds(60)), std::vector<std::wstring>{b64(kEan13)});
+}
+
 TEST_F(HidPosReader, WhatIsNotAScannerDoesNotOpen)
 {
     bed.plug(6, kMouseDevice);
