@@ -270,7 +270,7 @@ TEST(PortFamily, PortsFrom193NameHidrawNodes)
     EXPECT_EQ(portDevicePath(193), "/dev/hidraw0");
     EXPECT_EQ(portDevicePath(195), "/dev/hidraw2");
     EXPECT_EQ(portDevicePath(192), "/dev/ttyUSB63");
-    EXPECT_EQ(portShortName(193), L"HID1");
+    EXPECT_EQ(portShortName(193), L"hidraw0");
     EXPECT_TRUE(portFamilyOf(193)->hidPos);
     EXPECT_FALSE(portFamilyOf(129)->hidPos);
     EXPECT_EQ(portNumberOfNode(kHidPosFamily, "/dev/hidraw4"), std::optional<uint32_t>(197));

@@ -1,7 +1,8 @@
 // ravlin-host udev-rule KEYBOARD: the udev rule that lets the user at the
 // seat read the event nodes of one scanner model, and nothing else: matched
-// by its USB vendor and product (every unit of the model), given to the seat's user through TAG+="uaccess" (never the input
-// group, whose members can read every keyboard).
+// by its USB vendor and product (every unit of the model), given to the
+// seat's user through TAG+="uaccess" (never the input group, whose members
+// can read every keyboard).
 #include <iostream>
 
 #include "Command.h"
