@@ -66,17 +66,38 @@ TEST(HidReportDescriptor, StandardPageWithByteCount)
     EXPECT_EQ(l.continuedMask, 1);
 }
 
-TEST(HidReportDescriptor, VendorLayoutsNeedTheirMaker)
+TEST(HidReportDescriptor, VendorLayoutIsKnownByItsStructureForAnyMaker)
 {
-    const HidPosLayout h = layoutOf(kHoneywellVendor, kHoneywellVendorId);
-    EXPECT_EQ(h.reportSize, 64u);
-    EXPECT_EQ(h.symbologyOffset, std::optional<size_t>(2));
-    EXPECT_EQ(h.dataOffset, 5u);
+    // Honeywell, Access IS, Intermec, and a vendor id never seen before.
+    for (uint16_t vendor : {kHoneywellVendorId, uint16_t(0x0DB5), uint16_t(0x067E), uint16_t(0x1234)}) {
+        const HidPosLayout h = layoutOf(kHoneywellVendor, vendor);
+        EXPECT_EQ(h.reportId, 2);
+        EXPECT_EQ(h.reportSize, 64u);
+        EXPECT_EQ(h.lengthOffset, std::optional<size_t>(1));
+        EXPECT_EQ(h.symbologyOffset, std::optional<size_t>(2));
+        EXPECT_EQ(h.dataOffset, 5u);
+        EXPECT_EQ(h.continuedOffset, 63u);
+        EXPECT_EQ(layoutOf(kNewlandVendor, vendor).dataOffset, 5u);  // the page number does not matter
+    }
     const HidPosLayout n = layoutOf(kNewlandVendor, kNewlandVendorId);
     EXPECT_FALSE(n.symbologyOffset);
     EXPECT_EQ(n.dataOffset, 2u);
     EXPECT_EQ(n.continuedOffset, 63u);
-    EXPECT_FALSE(parseHidPosLayout(kHoneywellVendor, 0x046D));
+}
+
+TEST(HidReportDescriptor, DevicesThatMerelyHaveAVendorPageAreNotScanners)
+{
+    for (uint16_t vendor : {kHoneywellVendorId, kNewlandVendorId, uint16_t(0x1050), uint16_t(0x046D), uint16_t(0x0764)}) {
+        EXPECT_FALSE(parseHidPosLayout(kFidoSecurityKey, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kHidppReceiver, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kBootKeyboard, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kMouse, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kUps, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kVendorWords, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kVendorUnnumbered, vendor));
+    }
+    // The scanners' report 2 declared in a collection on another page.
+    EXPECT_FALSE(parseHidPosLayout(bytes({0x05, 0x01}) + kHoneywellVendor.substr(3), 0x1234));
 }
 
 TEST(HidReportDescriptor, OtherDevicesAreNotScanners)

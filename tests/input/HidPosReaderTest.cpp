@@ -132,6 +132,19 @@ TEST_F(HidPosReader, EachVendorLayout)
     EXPECT_EQ(newland.waitFor(1), std::vector<std::wstring>{b64(kEan13)});
 }
 
+// The vendor-defined layout under another maker's id (Access IS; the product
+// id and name are made up).
+TEST_F(HidPosReader, VendorLayoutUnderAnotherMakersId)
+{
+    const HidrawTestbed::Device accessIs{0x0DB5, 0x0001, "AIS1", "Access IS 2D scanner", kHoneywellVendor};
+    bed.plug(15, accessIs);
+    CodeSink sink;
+    auto source = open(15, sink);
+    ASSERT_TRUE(source);
+    scan(15, accessIs, "]d2", gs1DataMatrix());
+    EXPECT_EQ(sink.waitFor(1, std::chrono::seconds(60)), std::vector<std::wstring>{b64(gs1DataMatrix())});
+}
+
 TEST_F(HidPosReader, TwoScannersAtOnceEachOnItsOwnThread)
 {
     bed.plug(4, kHoneywell);
