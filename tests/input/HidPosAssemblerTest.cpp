@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "HidPosCaptures.h"
 #include "HidPosDescriptors.h"
 #include "HidPosReports.h"
 #include "input/HidReportDescriptor.h"
@@ -284,6 +285,19 @@ TEST(HidPosAssembler, EndlessChainIsCappedAndReadingResumes)
     ASSERT_TRUE(code);
     EXPECT_EQ(code->data, kEan13);
     EXPECT_EQ(code->symbology, "]E0");
+}
+
+TEST(HidPosAssembler, CapturedHoneywellVoyager1602gMessages)
+{
+    using namespace hidpos_captures;
+    for (const std::string& descriptor : {kStandardWithByteCount, kHoneywellVendor}) {
+        const auto codes = assemble(layoutOf(descriptor, kHoneywellVendorId), kVoyager1602gRevinf);
+        ASSERT_EQ(codes.size(), 2u);
+        EXPECT_EQ(codes[0].data, kVoyager1602gRevinfText);
+        EXPECT_EQ(codes[0].symbology, "]X0");
+        EXPECT_EQ(codes[1].data, kVoyager1602gRevinfAck);
+        EXPECT_EQ(codes[1].symbology, "]Z6");
+    }
 }
 
 TEST(PortFamily, PortsFrom193NameHidrawNodes)

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "CodeSink.h"
+#include "HidPosCaptures.h"
 #include "HidPosDescriptors.h"
 #include "HidPosReports.h"
 #include "HidrawTestbed.h"
@@ -143,6 +144,25 @@ TEST_F(HidPosReader, VendorLayoutUnderAnotherMakersId)
     ASSERT_TRUE(source);
     scan(15, accessIs, "]d2", gs1DataMatrix());
     EXPECT_EQ(sink.waitFor(1, std::chrono::seconds(60)), std::vector<std::wstring>{b64(gs1DataMatrix())});
+}
+
+// Reports a real Honeywell Voyager 1602g sent (HidPosCaptures.h has the
+// source), one per read, under both descriptors that fit them.
+TEST_F(HidPosReader, CapturedHoneywellVoyager1602gReportsArriveAsTwoCodes)
+{
+    using namespace hidpos_captures;
+    unsigned node = 16;
+    for (const std::string& descriptor : {kStandardWithByteCount, kHoneywellVendor}) {
+        bed.plug(node, {kHoneywellVendorId, 0x0000, "15232B1F0C", "Honeywell Voyager 1602g", descriptor});
+        CodeSink sink;
+        auto source = open(node, sink);
+        ASSERT_TRUE(source);
+        for (const std::string& report : kVoyager1602gRevinf)
+            bed.sendReport(node, report);
+        EXPECT_EQ(sink.waitFor(2, std::chrono::seconds(60)),
+                  (std::vector<std::wstring>{b64(kVoyager1602gRevinfText), b64(kVoyager1602gRevinfAck)}));
+        ++node;
+    }
 }
 
 TEST_F(HidPosReader, TwoScannersAtOnceEachOnItsOwnThread)
