@@ -6,12 +6,11 @@
 #include <umockdev.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <thread>
-
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
+
+#include "HangTimeout.h"
 
 namespace {
 
@@ -99,20 +98,15 @@ void HidrawTestbed::sendReport(unsigned number, const std::string& report)
     send(number, report);
     // A poll moves what was written into the terminal's input queue, so the
     // queue's count is the bytes no read has taken yet.
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    for (;;) {
+    const bool taken = waitUntil([tty] {
         pollfd p{tty, POLLIN, 0};
         poll(&p, 1, 0);
         int queued = 0;
-        if (ioctl(tty, FIONREAD, &queued) != 0 || queued == 0)
-            break;
-        if (std::chrono::steady_clock::now() > deadline) {
-            close(tty);
-            throw std::runtime_error("nobody reads the emulated hidraw" + std::to_string(number));
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+        return ioctl(tty, FIONREAD, &queued) != 0 || queued == 0;
+    });
     close(tty);
+    if (!taken)
+        throw std::runtime_error("nobody reads the emulated hidraw" + std::to_string(number));
 }
 
 std::string HidrawTestbed::nodeFile(unsigned number) const

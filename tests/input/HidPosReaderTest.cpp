@@ -143,7 +143,7 @@ TEST_F(HidPosReader, VendorLayoutUnderAnotherMakersId)
     auto source = open(15, sink);
     ASSERT_TRUE(source);
     scan(15, accessIs, "]d2", gs1DataMatrix());
-    EXPECT_EQ(sink.waitFor(1, std::chrono::seconds(60)), std::vector<std::wstring>{b64(gs1DataMatrix())});
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64(gs1DataMatrix())});
 }
 
 // Reports a real Honeywell Voyager 1602g sent (HidPosCaptures.h has the
@@ -159,7 +159,7 @@ TEST_F(HidPosReader, CapturedHoneywellVoyager1602gReportsArriveAsTwoCodes)
         ASSERT_TRUE(source);
         for (const std::string& report : kVoyager1602gRevinf)
             bed.sendReport(node, report);
-        EXPECT_EQ(sink.waitFor(2, std::chrono::seconds(60)),
+        EXPECT_EQ(sink.waitFor(2),
                   (std::vector<std::wstring>{b64(kVoyager1602gRevinfText), b64(kVoyager1602gRevinfAck)}));
         ++node;
     }
@@ -208,7 +208,7 @@ TEST_F(HidPosReader, OtherReportsBetweenScansLoseNothing)
     bed.sendReport(13, std::string("\x03\x02\0\0", 4));
     bed.sendReport(13, parts[1]);
     bed.sendReport(13, parts[2]);
-    EXPECT_EQ(sink.waitFor(5, std::chrono::seconds(60)), (std::vector<std::wstring>{b64("FIRST"), b64("SECOND"), b64("THIRD"), b64(kEan13),
+    EXPECT_EQ(sink.waitFor(5), (std::vector<std::wstring>{b64("FIRST"), b64("SECOND"), b64("THIRD"), b64(kEan13),
                                                           b64(gs1DataMatrix())}));
 }
 
@@ -225,7 +225,7 @@ TEST_F(HidPosReader, AScanReportWithALengthPastItsDataDropsItsCodeAndTheNextScan
     for (const std::string& r : reportsFor(layout, "]E0", kEan13))
         stream += r;
     bed.send(14, stream);
-    EXPECT_EQ(sink.waitFor(1, std::chrono::seconds(60)), std::vector<std::wstring>{b64(kEan13)});
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64(kEan13)});
 }
 
 TEST_F(HidPosReader, WhatIsNotAScannerDoesNotOpen)
