@@ -1,16 +1,11 @@
 #include "HidrawTestbed.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/ioctl.h>
 #include <umockdev.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
-
-#include "HangTimeout.h"
 
 namespace {
 
@@ -88,25 +83,6 @@ void HidrawTestbed::send(unsigned number, const std::string& reports)
     const int fd = umockdev_testbed_get_dev_fd(testbed, ("/dev/hidraw" + std::to_string(number)).c_str());
     if (fd < 0 || write(fd, reports.data(), reports.size()) != static_cast<ssize_t>(reports.size()))
         throw std::runtime_error("cannot write to the emulated hidraw" + std::to_string(number));
-}
-
-void HidrawTestbed::sendReport(unsigned number, const std::string& report)
-{
-    const int tty = open(nodeTarget(number).c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    if (tty < 0)
-        throw std::runtime_error("cannot open the emulated hidraw" + std::to_string(number) + "'s terminal");
-    send(number, report);
-    // A poll moves what was written into the terminal's input queue, so the
-    // queue's count is the bytes no read has taken yet.
-    const bool taken = waitUntil([tty] {
-        pollfd p{tty, POLLIN, 0};
-        poll(&p, 1, 0);
-        int queued = 0;
-        return ioctl(tty, FIONREAD, &queued) != 0 || queued == 0;
-    });
-    close(tty);
-    if (!taken)
-        throw std::runtime_error("nobody reads the emulated hidraw" + std::to_string(number));
 }
 
 std::string HidrawTestbed::nodeFile(unsigned number) const

@@ -31,10 +31,6 @@ public:
     void unplug(unsigned number);
     // Bytes the device sends: reports, back to back.
     void send(unsigned number, const std::string& reports);
-    // One report, returned whole by one read as a kernel node does: waits
-    // until the reader has taken it, so that it does not run into the next
-    // (the emulated node is a pseudo-terminal, which keeps no boundaries).
-    void sendReport(unsigned number, const std::string& report);
     // The node's file in the testbed, e.g. to take its permissions away.
     std::string nodeFile(unsigned number) const;
     // What the node is underneath (a pseudo-terminal), as /proc/self/fd shows it.

@@ -60,6 +60,15 @@ protected:
             stream += r;
         bed.send(node, stream);
     }
+    // One report as a kernel node hands it over, alone in one read: the
+    // emulated node is a pseudo-terminal, which keeps no boundaries, so the
+    // next is written only once the reader's thread has read this one.
+    void sendReport(unsigned node, const std::string& report, pid_t reader)
+    {
+        const unsigned long long before = threadBytesRead(reader);
+        bed.send(node, report);
+        ASSERT_TRUE(waitUntil([&] { return threadBytesRead(reader) >= before + report.size(); }));
+    }
 
     HidrawTestbed bed;
 };
@@ -153,14 +162,18 @@ TEST_F(HidPosReader, CapturedHoneywellVoyager1602gReportsArriveAsTwoCodes)
     using namespace hidpos_captures;
     unsigned node = 16;
     for (const std::string& descriptor : {kStandardWithByteCount, kHoneywellVendor}) {
-        bed.plug(node, {kHoneywellVendorId, 0x0000, "15232B1F0C", "Honeywell Voyager 1602g", descriptor});
+        const HidrawTestbed::Device scanner{kHoneywellVendorId, 0x0000, "15232B1F0C", "Honeywell Voyager 1602g",
+                                            descriptor};
+        bed.plug(node, scanner);
         CodeSink sink;
         auto source = open(node, sink);
         ASSERT_TRUE(source);
+        scan(node, scanner, "]E0", kEan13);  // a scan first: its delivery names the reader's thread
+        ASSERT_EQ(sink.waitFor(1).size(), 1u);
         for (const std::string& report : kVoyager1602gRevinf)
-            bed.sendReport(node, report);
-        EXPECT_EQ(sink.waitFor(2),
-                  (std::vector<std::wstring>{b64(kVoyager1602gRevinfText), b64(kVoyager1602gRevinfAck)}));
+            sendReport(node, report, sink.readerThread());
+        EXPECT_EQ(sink.waitFor(3), (std::vector<std::wstring>{b64(kEan13), b64(kVoyager1602gRevinfText),
+                                                              b64(kVoyager1602gRevinfAck)}));
         ++node;
     }
 }
@@ -197,17 +210,19 @@ TEST_F(HidPosReader, OtherReportsBetweenScansLoseNothing)
     ASSERT_TRUE(source);
     const HidPosLayout layout = *parseHidPosLayout(scanner.descriptor, scanner.vendorId);
     const auto report = [&](const std::string& code) { return reportsFor(layout, "]E0", code)[0]; };
-    bed.sendReport(13, report("FIRST"));
-    bed.sendReport(13, std::string("\x03\x01\0\0", 4));
-    bed.sendReport(13, report("SECOND"));
-    bed.sendReport(13, report("THIRD"));
-    bed.sendReport(13, std::string(10, '\x02'));
-    bed.sendReport(13, report(kEan13));
+    bed.send(13, report("FIRST"));
+    ASSERT_EQ(sink.waitFor(1).size(), 1u);
+    const pid_t reader = sink.readerThread();
+    sendReport(13, std::string("\x03\x01\0\0", 4), reader);
+    sendReport(13, report("SECOND"), reader);
+    sendReport(13, report("THIRD"), reader);
+    sendReport(13, std::string(10, '\x02'), reader);
+    sendReport(13, report(kEan13), reader);
     const auto parts = reportsFor(layout, "]d2", gs1DataMatrix());
-    bed.sendReport(13, parts[0]);
-    bed.sendReport(13, std::string("\x03\x02\0\0", 4));
-    bed.sendReport(13, parts[1]);
-    bed.sendReport(13, parts[2]);
+    sendReport(13, parts[0], reader);
+    sendReport(13, std::string("\x03\x02\0\0", 4), reader);
+    sendReport(13, parts[1], reader);
+    sendReport(13, parts[2], reader);
     EXPECT_EQ(sink.waitFor(5), (std::vector<std::wstring>{b64("FIRST"), b64("SECOND"), b64("THIRD"), b64(kEan13),
                                                           b64(gs1DataMatrix())}));
 }
