@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (!TrimXMLIllegalChars(text) || text.size() != size)
         std::abort();
     for (unsigned char c : text)
-        if (c == '&' || c == '<' || c == '>' || c == '"' || c == '\'' || c >= 0x80)
+        if (c == '&' || c == '<' || c == '>' || c == '"' || c == '\'' || c >= 0x80 || c < 0x20 || c == 0x7F)
             std::abort();
     return 0;
 }

@@ -78,6 +78,18 @@ double threadCpuSeconds(pid_t tid)
     return static_cast<double>(utime + stime) / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
+unsigned long long threadBytesRead(pid_t tid)
+{
+    std::ifstream io("/proc/self/task/" + std::to_string(tid) + "/io");
+    for (std::string key; io >> key;) {
+        unsigned long long value = 0;
+        io >> value;
+        if (key == "rchar:")
+            return value;
+    }
+    return 0;
+}
+
 // The numbered entries of a /proc folder (descriptors, threads).
 static std::set<pid_t> numberedEntries(const char* path)
 {

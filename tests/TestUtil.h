@@ -22,6 +22,8 @@ std::string runCommand(const std::string& command);
 
 // CPU time (user + system) a thread of this process has used, in seconds.
 double threadCpuSeconds(pid_t tid);
+// Bytes a thread of this process has had from read() and its kin so far.
+unsigned long long threadBytesRead(pid_t tid);
 // Descriptors now open (entries of /proc/self/fd).
 size_t openDescriptorCount();
 // The descriptors now open, each with what it refers to. Where a library of

@@ -11,8 +11,8 @@
 // tests (umockdev) take "/dev/" for a device node of that name.
 std::vector<std::string> findDeviceNodes(const std::string& prefix, const std::string& root = "/dev");
 
-// A device's name as settings store it and readers compare it: markup and
-// non-ASCII bytes blanked (the settings form cannot carry them), so the name
+// A device's name as settings store it and readers compare it: markup,
+// control and non-ASCII bytes blanked (the settings form cannot carry them), so the name
 // the form offered always finds its device again.
 std::string normalisedDeviceName(std::string name);
 

@@ -81,7 +81,7 @@ std::vector<EvdevKeyboard> listEvdevKeyboards()
 
 bool namesKeyboard(const std::string& wanted, const EvdevKeyboard& keyboard)
 {
-    if (!wanted.empty() && wanted == keyboard.name)
+    if (!wanted.empty() && normalisedDeviceName(wanted) == keyboard.name)
         return true;
     return !keyboard.ids.empty() && lower(wanted) == keyboard.ids;
 }

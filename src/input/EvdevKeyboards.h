@@ -13,8 +13,9 @@ struct EvdevKeyboard {
 // Every node udev marks as a keyboard, in node number order; empty without libudev.
 std::vector<EvdevKeyboard> listEvdevKeyboards();
 
-// Whether a KeyboardDevice value names this keyboard: by its name, or by
-// "usb:VVVV:PPPP" (hex ids, either case).
+// Whether a KeyboardDevice value names this keyboard: by its name (as typed:
+// it is blanked as the listed names are), or by "usb:VVVV:PPPP" (hex ids,
+// either case).
 bool namesKeyboard(const std::string& wanted, const EvdevKeyboard& keyboard);
 
 // Opens a node for reading, grabbed so that its keystrokes reach nobody else

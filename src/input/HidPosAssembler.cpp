@@ -10,28 +10,33 @@ void HidPosAssembler::reset()
     dropping = false;
 }
 
+bool HidPosAssembler::isScanReport(const std::string& report) const
+{
+    // Each read of a hidraw node is one whole report, so a report of another
+    // size is another report (a status report, say), never a fragment of ours.
+    return report.size() == layout.reportSize &&
+           (layout.reportId == 0 || static_cast<uint8_t>(report[0]) == layout.reportId);
+}
+
 std::optional<ScannedCode> HidPosAssembler::feed(const std::string& report)
 {
+    if (!isScanReport(report))
+        return std::nullopt;  // not ours: a chain in progress goes on
     auto byte = [&](size_t at) { return static_cast<uint8_t>(report[at]); };
-    if (report.size() != layout.reportSize) {
-        // hidraw hands over one whole report per read; anything else is a
-        // fault whose "continued" flag is unknown, so the rest of its chain is
-        // discarded too: a fragment must never pass for a code.
-        reset();
-        started = dropping = true;
-        return std::nullopt;
-    }
-    if (layout.reportId != 0 && byte(0) != layout.reportId)
-        return std::nullopt;  // another of the device's reports
     const bool continued = (byte(layout.continuedOffset) & layout.continuedMask) != 0;
 
     size_t length = layout.dataCapacity;
     if (layout.lengthOffset) {
-        length = byte(*layout.lengthOffset);
-        if (length > layout.dataCapacity)
-            dropping = true;
-    } else {
-        // Without a length the field is padded with NULs.
+        uint32_t count = 0;
+        for (size_t k = 0; k < layout.lengthSize; ++k)
+            count |= static_cast<uint32_t>(byte(*layout.lengthOffset + k)) << (8 * k);
+        if (count > layout.dataCapacity)
+            dropping = true;  // a length past the data: the code it belongs to is lost
+        else
+            length = count;
+    } else if (!continued) {
+        // Without a count only the last report's field is padded, with NULs;
+        // a NUL inside the chain is data.
         while (length > 0 && report[layout.dataOffset + length - 1] == '\0')
             --length;
     }

@@ -1,11 +1,12 @@
 #pragma once
 // Joins a scanner's reports into whole codes: reports flagged "continued"
 // carry the next part of the same code, the first report without the flag
-// ends it. Bad reports never reach the consumer: a report of the wrong size or
-// with a length past its data field drops the code it belongs to (up to the
-// end of its chain), and a code
-// that grows past kMaxCodeBytes is dropped whole, reading resuming with the
-// first report of the next code.
+// ends it. A report whose id or size is not the scan report's is another of
+// the device's reports and is passed over, leaving a chain in progress as it
+// was. Bad reports never reach the consumer: a scan report with a length past
+// its data field drops the code it belongs to (up to the end of its chain),
+// and a code that grows past kMaxCodeBytes is dropped whole, reading resuming
+// with the first report of the next code.
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -29,6 +30,8 @@ public:
     void reset();
 
 private:
+    bool isScanReport(const std::string& report) const;
+
     HidPosLayout layout;
     ScannedCode pending;
     bool started = false;

@@ -28,6 +28,7 @@ struct Element {
 struct Report {
     uint32_t bits = 0;
     std::vector<Element> elements;
+    uint32_t applicationPage = 0;  // of the application collection it was declared in
 };
 
 struct Globals {
@@ -70,7 +71,6 @@ public:
 
     std::map<uint8_t, Report> inputs;
     bool numbered = false;
-    uint32_t applicationPage = 0;  // usage page of the first application collection
 
 private:
     bool item(int type, int tag, uint32_t value, size_t size)
@@ -87,8 +87,8 @@ private:
     {
         if (tag == 0x8 && !input())
             return false;
-        if (tag == 0xA && value == 1 && applicationPage == 0 && !usages.empty())
-            applicationPage = usages.front().first >> 16;
+        if (tag == 0xA && value == 1)
+            applicationPage = usages.empty() ? globals.usagePage : usages.front().first >> 16;
         usages.clear();
         usageMinimum.reset();
         return true;
@@ -156,6 +156,7 @@ private:
     bool input()
     {
         Report& report = inputs[globals.reportId];
+        report.applicationPage = applicationPage;
         const uint64_t bits = static_cast<uint64_t>(globals.reportSize) * globals.reportCount;
         if (globals.reportCount > kMaxReportBits || bits > kMaxReportBits || report.bits + bits > kMaxReportBits)
             return false;
@@ -174,9 +175,13 @@ private:
     std::vector<UsageRange> usages;
     std::optional<uint32_t> usageMinimum;
     size_t elements = 0;
+    uint32_t applicationPage = 0;  // of the application collection open now
 };
 
 bool byteAligned(const Element& e) { return e.bitSize == 8 && e.bitOffset % 8 == 0; }
+
+// A count of whole bytes that fits 32 bits.
+bool wholeBytes(const Element& e) { return e.bitSize % 8 == 0 && e.bitSize >= 8 && e.bitSize <= 32 && e.bitOffset % 8 == 0; }
 
 // The scanned-data report on the Bar Code Scanner page.
 std::optional<HidPosLayout> standardLayout(const Parser& p)
@@ -205,8 +210,9 @@ std::optional<HidPosLayout> standardLayout(const Parser& p)
             } else if (e.usage == kDecodeDataContinued && layout.continuedMask == 0) {
                 layout.continuedOffset = byte;
                 layout.continuedMask = static_cast<uint8_t>(1u << (e.bitOffset % 8));
-            } else if (e.usage == kByteCount && byteAligned(e) && !layout.lengthOffset) {
+            } else if (e.usage == kByteCount && wholeBytes(e) && !layout.lengthOffset) {
                 layout.lengthOffset = byte;
+                layout.lengthSize = e.bitSize / 8;
             } else if (e.usage == kSymbologyIdentifier1 && byteAligned(e) && k + 2 < el.size() &&
                        el[k + 1].usage == kSymbologyIdentifier1 + 1 && byteAligned(el[k + 1]) &&
                        el[k + 2].usage == kSymbologyIdentifier1 + 2 && byteAligned(el[k + 2]) &&
@@ -220,15 +226,20 @@ std::optional<HidPosLayout> standardLayout(const Parser& p)
     return std::nullopt;
 }
 
-// The makers' vendor-defined layouts: a 64-byte report with id 2 on a
-// vendor-defined page, from a device of that maker.
+// The vendor-defined layout, known by its structure whatever the vendor id
+// (the same scanners are sold under many): input report 2 of an application
+// collection on a vendor-defined page, 63 data bytes of 8 bits each. Security
+// keys (report 0 on page 0xF1D0), HID++ receivers (reports 0x10-0x21), UPSes
+// (power device pages), keyboards and mice declare nothing of the kind.
 std::optional<HidPosLayout> vendorLayout(const Parser& p, uint16_t vendorId)
 {
-    if (p.applicationPage < 0xFF00 || !p.numbered)
-        return std::nullopt;
     const auto report = p.inputs.find(2);
-    if (report == p.inputs.end() || report->second.bits != 63 * 8)
+    if (!p.numbered || report == p.inputs.end() || report->second.applicationPage < 0xFF00 ||
+        report->second.bits != 63 * 8)
         return std::nullopt;
+    for (const Element& e : report->second.elements)
+        if (e.bitSize != 8)
+            return std::nullopt;
     HidPosLayout layout;
     layout.reportId = 2;
     layout.reportSize = 64;
@@ -236,16 +247,13 @@ std::optional<HidPosLayout> vendorLayout(const Parser& p, uint16_t vendorId)
     layout.dataCapacity = 56;
     layout.continuedOffset = 63;
     layout.continuedMask = 0x01;
-    if (vendorId == kHoneywellVendorId) {
-        layout.symbologyOffset = 2;
-        layout.dataOffset = 5;
-        return layout;
-    }
     if (vendorId == kNewlandVendorId) {
         layout.dataOffset = 2;
         return layout;
     }
-    return std::nullopt;
+    layout.symbologyOffset = 2;
+    layout.dataOffset = 5;
+    return layout;
 }
 
 }  // namespace

@@ -3,10 +3,10 @@
 #include <cstring>
 
 const PortFamily kPortFamilies[4] = {
-    {"ttyS", 1, L"COM", L"COM", false},
-    {"ttyACM", 65, L"Virtual COM", L"ACM", false},
-    {"ttyUSB", 129, L"USB COM", L"USB", false},
-    {"hidraw", 193, L"HID POS", L"HID", true},
+    {"ttyS", 1, L"COM", L"COM", 1, false},
+    {"ttyACM", 65, L"Virtual COM", L"ACM", 1, false},
+    {"ttyUSB", 129, L"USB COM", L"USB", 1, false},
+    {"hidraw", 193, L"HID POS", L"hidraw", 0, true},
 };
 const PortFamily& kHidPosFamily = kPortFamilies[3];
 
@@ -46,5 +46,5 @@ std::optional<uint32_t> portNumberOfNode(const PortFamily& family, const std::st
 std::wstring portShortName(uint32_t port)
 {
     const PortFamily* family = portFamilyOf(port);
-    return family ? family->shortName + std::to_wstring(port - family->base + 1) : std::wstring();
+    return family ? family->shortName + std::to_wstring(port - family->base + family->shortFrom) : std::wstring();
 }

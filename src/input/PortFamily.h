@@ -10,7 +10,8 @@ struct PortFamily {
     const char* node;          // node name before the index, under /dev
     uint32_t base;             // port number of index 0
     const wchar_t* caption;    // settings form: caption + (index + 1), "USB COM1"
-    const wchar_t* shortName;  // test window: short name + (index + 1), "USB1"
+    const wchar_t* shortName;  // test window: short name + (index + shortFrom), "USB1"
+    uint32_t shortFrom;        // 1 for the serial lines; 0 for hidraw, named by its node as the form names it
     bool hidPos;               // a USB HID point-of-sale scanner, not a serial line
 };
 
@@ -24,5 +25,5 @@ const PortFamily* portFamilyOf(uint32_t port);
 std::string portDevicePath(uint32_t port);
 // "/dev/ttyUSB2" -> 131; nothing for a path that is not /dev/<node><digits>.
 std::optional<uint32_t> portNumberOfNode(const PortFamily& family, const std::string& path);
-// "COM1", "ACM2", "USB1": how the test window names a port.
+// "COM1", "ACM2", "USB1", "hidraw2": how the test window names a port.
 std::wstring portShortName(uint32_t port);

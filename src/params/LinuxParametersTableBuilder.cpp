@@ -76,8 +76,8 @@ std::wstring LinuxParametersTableBuilder::GetEventDeviceListEnties()
     return keyboardItems(listKeyboardChoices());
 }
 
-// A device name is the value the KeyboardDevice setting stores; markup and
-// non-ASCII bytes are blanked, exactly as the keyboard reader blanks them.
+// A device name is the value the KeyboardDevice setting stores; markup, control
+// and non-ASCII bytes are blanked, exactly as the keyboard reader blanks them.
 std::wstring LinuxParametersTableBuilder::keyboardItems(const std::vector<std::string>& deviceNames)
 {
     std::wstring items;

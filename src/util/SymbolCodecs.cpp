@@ -56,7 +56,8 @@ std::wstring FormatSymbolAsNumber(wchar_t symbol)
 bool TrimXMLIllegalChars(std::string& text)
 {
     for (char& c : text)
-        if (c == '&' || c == '<' || c == '>' || c == '"' || c == '\'' || NotASCII(c))
+        if (c == '&' || c == '<' || c == '>' || c == '"' || c == '\'' || NotASCII(c) ||
+            static_cast<unsigned char>(c) < 0x20 || c == '\x7F')
             c = ' ';
     return true;
 }

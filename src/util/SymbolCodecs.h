@@ -9,7 +9,9 @@ std::wstring GetSymbolName(wchar_t symbol);
 std::wstring FormatSymbolForDisplay(wchar_t symbol);
 std::wstring FormatSymbolAsNumber(wchar_t symbol);
 
-// Blanks markup characters and non-ASCII bytes so outside text can sit in XML.
+// Blanks markup characters, control characters (XML cannot carry them, and an
+// attribute turns tabs and line ends into spaces) and non-ASCII bytes so
+// outside text can sit in XML.
 bool TrimXMLIllegalChars(std::string& text);
 
 std::string raw2HRS(const char* data, int length);

@@ -147,10 +147,12 @@ TEST(DeviceTestWindowLines, SourceNamesAndDisplayForms)
     EXPECT_EQ(portShortName(130), L"USB2");
     EXPECT_EQ(portShortName(64), L"COM64");
     EXPECT_EQ(portShortName(0), L"");
-    EXPECT_EQ(portShortName(195), L"HID3");
+    // A hidraw port by its node, as the form ("hidraw2: ...") and ravlin-host ports name Port 195.
+    EXPECT_EQ(portShortName(195), L"hidraw2");
+    EXPECT_EQ(portShortName(193), L"hidraw0");
     // A HID POS scan names its symbology beside the port; a layout without one does not.
-    EXPECT_EQ(DevTestDialogLinux::scannerSourceName(L"HID3", "]d2"), L"HID3 ]d2");
-    EXPECT_EQ(DevTestDialogLinux::scannerSourceName(L"HID1", ""), L"HID1");
+    EXPECT_EQ(DevTestDialogLinux::scannerSourceName(portShortName(195), "]d2"), L"hidraw2 ]d2");
+    EXPECT_EQ(DevTestDialogLinux::scannerSourceName(portShortName(193), ""), L"hidraw0");
     // A scan on the second USB adapter, text form.
     EXPECT_EQ(DevTestDialogLinux::formatLine(L"USB2", L"MTIzDQ==", OutputDataType(0)),
               std::make_pair(std::string("USB2:"), std::string("123 'CR' ")));

@@ -140,12 +140,42 @@ TEST(EvdevEvents, UdevRuleForAScannerByNameOrIds)
     EXPECT_EQ(out.find("input\", GROUP"), std::string::npos);
     std::tie(out, status) = ChildProcess::run({kTool, "udev-rule", "Honeywell Imaging   Mobility 1950g"});
     EXPECT_NE(out.find(rule), std::string::npos) << out;
+    // As the user types it: blanked as the listed name is.
+    std::tie(out, status) = ChildProcess::run({kTool, "udev-rule", "Honeywell Imaging & Mobility 1950g"});
+    EXPECT_EQ(status, 0) << out;
+    EXPECT_NE(out.find(rule), std::string::npos) << out;
 
     std::tie(out, status) = ChildProcess::run({kTool, "udev-rule", "AT Translated Set 2 keyboard"});
     EXPECT_EQ(status, 1);
     EXPECT_NE(out.find("is not a USB device"), std::string::npos) << out;
     std::tie(out, status) = ChildProcess::run({kTool, "udev-rule", "nothing"});
     EXPECT_EQ(status, 1);
+}
+
+// Cheap USB devices put control bytes in their names; the form cannot carry
+// them, so they are blanked like markup wherever a name is shown or compared.
+TEST(EvdevEvents, ControlCharactersInANameAreBlanked)
+{
+    DisplayOverride noX("");
+    MockInput devices;
+    const MockKeyboard cheap{7, "USB\x01" "Barcode\x1b" "Scanner", "1a2b:3c4d"};
+    devices.plug(cheap);
+    devices.plug(honeywellScanner());
+    EXPECT_NE(parametersDocument().find(L"<Item Value=\"USB Barcode Scanner\">USB Barcode Scanner</Item>"),
+              std::wstring::npos);
+    auto [out, status] = ChildProcess::run({kTool, "ports"});
+    EXPECT_EQ(status, 0) << out;
+    EXPECT_NE(out.find("  USB Barcode Scanner\tUSB Barcode Scanner\n"), std::string::npos) << out;  // a KeyboardDevice choice
+    EXPECT_NE(out.find("  /dev/input/event7\tUSB Barcode Scanner\tusb:1a2b:3c4d\tyes\n"), std::string::npos) << out;
+    std::tie(out, status) = ChildProcess::run({kTool, "udev-rule", cheap.name});
+    EXPECT_EQ(status, 0) << out;
+    EXPECT_NE(out.find("ATTRS{idVendor}==\"1a2b\", ATTRS{idProduct}==\"3c4d\""), std::string::npos) << out;
+    // Opened by the name as the device gives it, and by the blanked one.
+    for (const std::string& name : {cheap.name, std::string("USB Barcode Scanner")}) {
+        std::tie(out, status) = ChildProcess::run({kTool, "listen", "--set", "Port=0", "--set", "KeyboardDevice=" + name,
+                                                   "--count", "0", "--timeout", "1"});
+        EXPECT_EQ(status, 0) << out;
+    }
 }
 
 TEST(EvdevEvents, UnderXwaylandTheScannerIsReadFromTheKernel)

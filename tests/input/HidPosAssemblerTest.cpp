@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "HidPosCaptures.h"
 #include "HidPosDescriptors.h"
 #include "HidPosReports.h"
 #include "input/HidReportDescriptor.h"
@@ -66,17 +67,38 @@ TEST(HidReportDescriptor, StandardPageWithByteCount)
     EXPECT_EQ(l.continuedMask, 1);
 }
 
-TEST(HidReportDescriptor, VendorLayoutsNeedTheirMaker)
+TEST(HidReportDescriptor, VendorLayoutIsKnownByItsStructureForAnyMaker)
 {
-    const HidPosLayout h = layoutOf(kHoneywellVendor, kHoneywellVendorId);
-    EXPECT_EQ(h.reportSize, 64u);
-    EXPECT_EQ(h.symbologyOffset, std::optional<size_t>(2));
-    EXPECT_EQ(h.dataOffset, 5u);
+    // Honeywell, Access IS, Intermec, and a vendor id never seen before.
+    for (uint16_t vendor : {kHoneywellVendorId, uint16_t(0x0DB5), uint16_t(0x067E), uint16_t(0x1234)}) {
+        const HidPosLayout h = layoutOf(kHoneywellVendor, vendor);
+        EXPECT_EQ(h.reportId, 2);
+        EXPECT_EQ(h.reportSize, 64u);
+        EXPECT_EQ(h.lengthOffset, std::optional<size_t>(1));
+        EXPECT_EQ(h.symbologyOffset, std::optional<size_t>(2));
+        EXPECT_EQ(h.dataOffset, 5u);
+        EXPECT_EQ(h.continuedOffset, 63u);
+        EXPECT_EQ(layoutOf(kNewlandVendor, vendor).dataOffset, 5u);  // the page number does not matter
+    }
     const HidPosLayout n = layoutOf(kNewlandVendor, kNewlandVendorId);
     EXPECT_FALSE(n.symbologyOffset);
     EXPECT_EQ(n.dataOffset, 2u);
     EXPECT_EQ(n.continuedOffset, 63u);
-    EXPECT_FALSE(parseHidPosLayout(kHoneywellVendor, 0x046D));
+}
+
+TEST(HidReportDescriptor, DevicesThatMerelyHaveAVendorPageAreNotScanners)
+{
+    for (uint16_t vendor : {kHoneywellVendorId, kNewlandVendorId, uint16_t(0x1050), uint16_t(0x046D), uint16_t(0x0764)}) {
+        EXPECT_FALSE(parseHidPosLayout(kFidoSecurityKey, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kHidppReceiver, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kBootKeyboard, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kMouse, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kUps, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kVendorWords, vendor));
+        EXPECT_FALSE(parseHidPosLayout(kVendorUnnumbered, vendor));
+    }
+    // The scanners' report 2 declared in a collection on another page.
+    EXPECT_FALSE(parseHidPosLayout(bytes({0x05, 0x01}) + kHoneywellVendor.substr(3), 0x1234));
 }
 
 TEST(HidReportDescriptor, OtherDevicesAreNotScanners)
@@ -142,20 +164,110 @@ TEST(HidPosAssembler, BadReportsDropTheirCodeAndTheNextScanArrives)
     lengthPastData[1] = 57;
     const std::string good = reportsFor(l, "]E0", kEan13)[0];
 
-    // A short read in the middle of a chain.
-    EXPECT_EQ(assemble(l, {parts[0], parts[1].substr(0, 10), parts[2], good}).size(), 1u);
     // A length byte past the data field.
     auto codes = assemble(l, {lengthPastData, good});
     ASSERT_EQ(codes.size(), 1u);
     EXPECT_EQ(codes[0].data, kEan13);
-    // Another report id is not ours and changes nothing.
-    std::string other = parts[1];
-    other[0] = 3;
-    codes = assemble(l, {parts[0], other, parts[1], parts[2]});
+    // The same in the middle of a chain drops that chain up to its end, and no more.
+    std::string badMiddle = parts[1];
+    badMiddle[1] = static_cast<char>(0xFF);
+    codes = assemble(l, {parts[0], badMiddle, parts[2], good});
     ASSERT_EQ(codes.size(), 1u);
-    EXPECT_EQ(codes[0].data, gs1DataMatrix());
+    EXPECT_EQ(codes[0].data, kEan13);
+    // A bad last report ends the chain it belongs to.
+    std::string badLast = parts[2];
+    badLast[1] = 57;
+    codes = assemble(l, {parts[0], parts[1], badLast, good});
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, kEan13);
     // An empty report holds no code.
     EXPECT_TRUE(assemble(l, reportsFor(l, "]E0", "")).empty());
+}
+
+TEST(HidPosAssembler, OtherReportsLeaveTheChainAsItWas)
+{
+    const HidPosLayout l = layoutOf(kStandardWithStatusReport);
+    EXPECT_EQ(l.reportId, 2);
+    EXPECT_EQ(l.reportSize, 64u);
+    const std::string status("\x03\x01\0\0", 4);
+    const auto one = [&](const std::string& code) { return reportsFor(l, "]E0", code)[0]; };
+
+    // FIRST, a status report, SECOND, THIRD: three codes.
+    auto codes = assemble(l, {one("FIRST"), status, one("SECOND"), one("THIRD")});
+    ASSERT_EQ(codes.size(), 3u);
+    EXPECT_EQ(codes[1].data, "SECOND");
+    EXPECT_EQ(codes[2].data, "THIRD");
+
+    // A short report on its own, then one whole scan.
+    codes = assemble(l, {std::string(10, '\x02'), one(kEan13)});
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, kEan13);
+
+    // Inside a chain: other ids, other sizes (shorter, longer, empty) pass by.
+    const auto parts = reportsFor(l, "]d2", gs1DataMatrix());
+    std::string otherId = parts[1];
+    otherId[0] = 4;
+    codes = assemble(l, {parts[0], status, otherId, parts[1], std::string(10, '\x02'), std::string(65, '\x02'),
+                         std::string(), parts[2]});
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, gs1DataMatrix());
+    EXPECT_EQ(codes[0].symbology, "]d2");
+}
+
+TEST(HidPosAssembler, SixteenBitByteCountKeepsTrailingNuls)
+{
+    const HidPosLayout l = layoutOf(kStandardWith16BitByteCount);
+    EXPECT_EQ(l.reportSize, 63u);
+    EXPECT_EQ(l.lengthOffset, std::optional<size_t>(1));
+    EXPECT_EQ(l.lengthSize, 2u);
+    EXPECT_EQ(l.symbologyOffset, std::optional<size_t>(3));
+    EXPECT_EQ(l.dataOffset, 6u);
+    EXPECT_EQ(l.dataCapacity, 56u);
+    EXPECT_EQ(l.continuedOffset, 62u);
+    // A 60-byte binary code ending in NULs, over two reports.
+    std::string code(58, '\x7F');
+    code += std::string(2, '\0');
+    const auto codes = assemble(l, reportsFor(l, "]d1", code));
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, code);
+    // A count past the data field, in its high byte.
+    std::string wide = reportsFor(l, "]E0", kEan13)[0];
+    wide[2] = 1;
+    EXPECT_TRUE(assemble(l, {wide}).empty());
+}
+
+TEST(HidReportDescriptor, ByteCountsOfEveryWholeByteWidth)
+{
+    // Report id 2: a Byte Count of 8..40 bits, then 8 bytes of Decoded Data.
+    for (unsigned char bits : {8, 16, 24, 32, 40}) {
+        const std::string d = bytes({0x05, 0x8C, 0x09, 0x02, 0xA1, 0x01, 0x85, 0x02, 0x75, bits, 0x95, 0x01,
+                                     0x05, 0x01, 0x09, 0x3B, 0x81, 0x02, 0x05, 0x8C, 0x75, 0x08, 0x95, 0x08,
+                                     0x09, 0xFE, 0x81, 0x02, 0xC0});
+        const auto l = parseHidPosLayout(d, 0);
+        ASSERT_TRUE(l);
+        if (bits % 8 == 0 && bits <= 32) {
+            EXPECT_EQ(l->lengthOffset, std::optional<size_t>(1)) << int(bits);
+            EXPECT_EQ(l->lengthSize, bits / 8u);
+        } else {
+            EXPECT_FALSE(l->lengthOffset) << int(bits);  // not a count this driver reads: NULs trimmed instead
+        }
+    }
+}
+
+TEST(HidPosAssembler, WithoutAByteCountOnlyTheLastReportIsTrimmed)
+{
+    const HidPosLayout l = layoutOf(kStandard);
+    // The first report's data ends in NULs that belong to the code.
+    std::string code(50, 'A');
+    code += std::string(6, '\0');
+    code += "B";
+    auto codes = assemble(l, reportsFor(l, "]d1", code));
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, code);
+    // The last report's padding goes.
+    codes = assemble(l, reportsFor(l, "]E0", kEan13));
+    ASSERT_EQ(codes.size(), 1u);
+    EXPECT_EQ(codes[0].data, kEan13);
 }
 
 TEST(HidPosAssembler, EndlessChainIsCappedAndReadingResumes)
@@ -175,12 +287,25 @@ TEST(HidPosAssembler, EndlessChainIsCappedAndReadingResumes)
     EXPECT_EQ(code->symbology, "]E0");
 }
 
+TEST(HidPosAssembler, CapturedHoneywellVoyager1602gMessages)
+{
+    using namespace hidpos_captures;
+    for (const std::string& descriptor : {kStandardWithByteCount, kHoneywellVendor}) {
+        const auto codes = assemble(layoutOf(descriptor, kHoneywellVendorId), kVoyager1602gRevinf);
+        ASSERT_EQ(codes.size(), 2u);
+        EXPECT_EQ(codes[0].data, kVoyager1602gRevinfText);
+        EXPECT_EQ(codes[0].symbology, "]X0");
+        EXPECT_EQ(codes[1].data, kVoyager1602gRevinfAck);
+        EXPECT_EQ(codes[1].symbology, "]Z6");
+    }
+}
+
 TEST(PortFamily, PortsFrom193NameHidrawNodes)
 {
     EXPECT_EQ(portDevicePath(193), "/dev/hidraw0");
     EXPECT_EQ(portDevicePath(195), "/dev/hidraw2");
     EXPECT_EQ(portDevicePath(192), "/dev/ttyUSB63");
-    EXPECT_EQ(portShortName(193), L"HID1");
+    EXPECT_EQ(portShortName(193), L"hidraw0");
     EXPECT_TRUE(portFamilyOf(193)->hidPos);
     EXPECT_FALSE(portFamilyOf(129)->hidPos);
     EXPECT_EQ(portNumberOfNode(kHidPosFamily, "/dev/hidraw4"), std::optional<uint32_t>(197));

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "CodeSink.h"
+#include "HidPosCaptures.h"
 #include "HidPosDescriptors.h"
 #include "HidPosReports.h"
 #include "HidrawTestbed.h"
@@ -58,6 +59,15 @@ protected:
         for (const std::string& r : reportsFor(*layout, symbology, code))
             stream += r;
         bed.send(node, stream);
+    }
+    // One report as a kernel node hands it over, alone in one read: the
+    // emulated node is a pseudo-terminal, which keeps no boundaries, so the
+    // next is written only once the reader's thread has read this one.
+    void sendReport(unsigned node, const std::string& report, pid_t reader)
+    {
+        const unsigned long long before = threadBytesRead(reader);
+        bed.send(node, report);
+        ASSERT_TRUE(waitUntil([&] { return threadBytesRead(reader) >= before + report.size(); }));
     }
 
     HidrawTestbed bed;
@@ -132,6 +142,42 @@ TEST_F(HidPosReader, EachVendorLayout)
     EXPECT_EQ(newland.waitFor(1), std::vector<std::wstring>{b64(kEan13)});
 }
 
+// The vendor-defined layout under another maker's id (Access IS; the product
+// id and name are made up).
+TEST_F(HidPosReader, VendorLayoutUnderAnotherMakersId)
+{
+    const HidrawTestbed::Device accessIs{0x0DB5, 0x0001, "AIS1", "Access IS 2D scanner", kHoneywellVendor};
+    bed.plug(15, accessIs);
+    CodeSink sink;
+    auto source = open(15, sink);
+    ASSERT_TRUE(source);
+    scan(15, accessIs, "]d2", gs1DataMatrix());
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64(gs1DataMatrix())});
+}
+
+// Reports a real Honeywell Voyager 1602g sent (HidPosCaptures.h has the
+// source), one per read, under both descriptors that fit them.
+TEST_F(HidPosReader, CapturedHoneywellVoyager1602gReportsArriveAsTwoCodes)
+{
+    using namespace hidpos_captures;
+    unsigned node = 16;
+    for (const std::string& descriptor : {kStandardWithByteCount, kHoneywellVendor}) {
+        const HidrawTestbed::Device scanner{kHoneywellVendorId, 0x0000, "15232B1F0C", "Honeywell Voyager 1602g",
+                                            descriptor};
+        bed.plug(node, scanner);
+        CodeSink sink;
+        auto source = open(node, sink);
+        ASSERT_TRUE(source);
+        scan(node, scanner, "]E0", kEan13);  // a scan first: its delivery names the reader's thread
+        ASSERT_EQ(sink.waitFor(1).size(), 1u);
+        for (const std::string& report : kVoyager1602gRevinf)
+            sendReport(node, report, sink.readerThread());
+        EXPECT_EQ(sink.waitFor(3), (std::vector<std::wstring>{b64(kEan13), b64(kVoyager1602gRevinfText),
+                                                              b64(kVoyager1602gRevinfAck)}));
+        ++node;
+    }
+}
+
 TEST_F(HidPosReader, TwoScannersAtOnceEachOnItsOwnThread)
 {
     bed.plug(4, kHoneywell);
@@ -150,6 +196,51 @@ TEST_F(HidPosReader, TwoScannersAtOnceEachOnItsOwnThread)
     EXPECT_EQ(x[19], b64("A19"));
     EXPECT_EQ(y[19], b64("B19"));
     EXPECT_NE(first.readerThread(), second.readerThread());
+}
+
+// Each read of a kernel node is one report: a status report between scans, or
+// a short report alone, is another report and costs no scan.
+TEST_F(HidPosReader, OtherReportsBetweenScansLoseNothing)
+{
+    const HidrawTestbed::Device scanner{kHoneywellVendorId, 0x0B87, "ST1", "Honeywell Xenon 1950g",
+                                        kStandardWithStatusReport};
+    bed.plug(13, scanner);
+    CodeSink sink;
+    auto source = open(13, sink);
+    ASSERT_TRUE(source);
+    const HidPosLayout layout = *parseHidPosLayout(scanner.descriptor, scanner.vendorId);
+    const auto report = [&](const std::string& code) { return reportsFor(layout, "]E0", code)[0]; };
+    bed.send(13, report("FIRST"));
+    ASSERT_EQ(sink.waitFor(1).size(), 1u);
+    const pid_t reader = sink.readerThread();
+    sendReport(13, std::string("\x03\x01\0\0", 4), reader);
+    sendReport(13, report("SECOND"), reader);
+    sendReport(13, report("THIRD"), reader);
+    sendReport(13, std::string(10, '\x02'), reader);
+    sendReport(13, report(kEan13), reader);
+    const auto parts = reportsFor(layout, "]d2", gs1DataMatrix());
+    sendReport(13, parts[0], reader);
+    sendReport(13, std::string("\x03\x02\0\0", 4), reader);
+    sendReport(13, parts[1], reader);
+    sendReport(13, parts[2], reader);
+    EXPECT_EQ(sink.waitFor(5), (std::vector<std::wstring>{b64("FIRST"), b64("SECOND"), b64("THIRD"), b64(kEan13),
+                                                          b64(gs1DataMatrix())}));
+}
+
+TEST_F(HidPosReader, AScanReportWithALengthPastItsDataDropsItsCodeAndTheNextScanArrives)
+{
+    bed.plug(14, kHoneywell);
+    CodeSink sink;
+    auto source = open(14, sink);
+    ASSERT_TRUE(source);
+    const HidPosLayout layout = *parseHidPosLayout(kHoneywell.descriptor, kHoneywell.vendorId);
+    auto parts = reportsFor(layout, "]d2", gs1DataMatrix());
+    parts[1][1] = static_cast<char>(0xFF);
+    std::string stream = parts[0] + parts[1] + parts[2];
+    for (const std::string& r : reportsFor(layout, "]E0", kEan13))
+        stream += r;
+    bed.send(14, stream);
+    EXPECT_EQ(sink.waitFor(1), std::vector<std::wstring>{b64(kEan13)});
 }
 
 TEST_F(HidPosReader, WhatIsNotAScannerDoesNotOpen)

@@ -19,7 +19,8 @@ inline std::vector<std::string> reportsFor(const HidPosLayout& layout, const std
         r.replace(layout.dataOffset, n, data, at, n);
         at += n;
         if (layout.lengthOffset)
-            r[*layout.lengthOffset] = static_cast<char>(n);
+            for (size_t k = 0; k < layout.lengthSize; ++k)
+                r[*layout.lengthOffset + k] = static_cast<char>(n >> (8 * k));
         if (layout.symbologyOffset) {
             std::string aim = symbology;
             aim.resize(3, '\0');

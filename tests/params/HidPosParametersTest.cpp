@@ -30,7 +30,7 @@ TEST(HidPosParameters, ScannersAreListedByNodeAndProductAndNothingElseIs)
 
     bed.plug(3, {kHoneywellVendorId, 0x0B87, "A", "Honeywell <Xenon> 1950g", kStandardWithByteCount});
     bed.plug(1, {kNewlandVendorId, 0x0D10, "B", "Newland FM420", kNewlandVendor});
-    bed.plug(2, {0x1234, 0x0001, "C", "Other vendor-defined device", kHoneywellVendor});
+    bed.plug(2, {0x1050, 0x0407, "C", "Yubico YubiKey OTP+FIDO+CCID", kFidoSecurityKey});
     const std::string with = document();
     const std::string items = "<Item Value=\"194\">hidraw1: Newland FM420</Item>"
                               "<Item Value=\"196\">hidraw3: Honeywell  Xenon  1950g</Item>";

@@ -19,6 +19,7 @@ TEST(HidPosTool, PortsListsScannersAndSaysWhyANodeCannotBeRead)
     bed.plug(0, {kHoneywellVendorId, 0x0B87, "A", "Honeywell Xenon", kStandardWithByteCount});
     bed.plug(1, {kNewlandVendorId, 0x0D10, "B", "Newland FM420", kNewlandVendor});
     bed.plug(2, {0x046D, 0xC077, "", "USB Optical Mouse", kMouse});
+    bed.plug(3, {0x05E0, 0x1900, "D", "Bar\x01" "Code\x1b" "Scanner", kStandard});  // control bytes in its name
     ASSERT_EQ(chmod(bed.nodeFile(1).c_str(), 0), 0);
     // Root without the power to override file permissions, as a user is.
     ChildProcess tool({"/usr/bin/setpriv", "--inh-caps=-dac_override,-dac_read_search",
@@ -37,6 +38,8 @@ TEST(HidPosTool, PortsListsScannersAndSaysWhyANodeCannotBeRead)
     EXPECT_NE(out.find("  195\t/dev/hidraw2\tUSB Optical Mouse\tnot a scanner in HID POS mode"), std::string::npos)
         << out;
     EXPECT_EQ(out.find("195\thidraw2"), std::string::npos) << out;  // the mouse is no Port choice
+    EXPECT_NE(out.find("  196\thidraw3: Bar Code Scanner\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("  196\t/dev/hidraw3\tBar Code Scanner\tHID POS scanner\n"), std::string::npos) << out;
 }
 
 // listen --json takes each scan's symbology from a reader of its own; alone on

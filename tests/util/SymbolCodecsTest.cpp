@@ -32,7 +32,7 @@ TEST(SymbolNames, DisplayAndNumberForms)
     EXPECT_EQ(FormatSymbolAsNumber(static_cast<wchar_t>(-1)), L"4294967295");
 }
 
-TEST(TrimXml, BlanksMarkupAndHighBytes)
+TEST(TrimXml, BlanksMarkupControlsAndHighBytes)
 {
     std::string s = "x&y<z>";
     EXPECT_TRUE(TrimXMLIllegalChars(s));
@@ -43,6 +43,9 @@ TEST(TrimXml, BlanksMarkupAndHighBytes)
     std::string cyr = "\xD0\x9F" "x";
     EXPECT_TRUE(TrimXMLIllegalChars(cyr));
     EXPECT_EQ(cyr, "  x");
+    std::string controls("a\x01" "b\x1B" "c\td\ne\rf\x7Fg\0h", 15);
+    EXPECT_TRUE(TrimXMLIllegalChars(controls));
+    EXPECT_EQ(controls, "a b c d e f g h");
     std::string empty;
     EXPECT_TRUE(TrimXMLIllegalChars(empty));
     EXPECT_EQ(empty, "");

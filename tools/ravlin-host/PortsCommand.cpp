@@ -15,8 +15,9 @@
 
 #include "Command.h"
 #include "Session.h"
-#include "input/HidrawNode.h"
+#include "input/DeviceNodes.h"
 #include "input/EvdevKeyboards.h"
+#include "input/HidrawNode.h"
 #include "input/PortFamily.h"
 
 namespace {
@@ -104,8 +105,9 @@ void printHidrawNodes()
     std::cout << "HID devices (hidraw):\n";
     for (const HidrawNode& node : HidrawNode::list()) {
         const std::string problem = hidrawProblem(node);
-        std::cout << "  " << node.portNumber() << "\t" << node.devicePath() << "\t" << node.product << "\t"
-                  << (problem.empty() ? "HID POS scanner" : problem) << "\n";
+        std::cout << "  " << node.portNumber() << "\t" << node.devicePath() << "\t"
+                  << normalisedDeviceName(node.product) << "\t" << (problem.empty() ? "HID POS scanner" : problem)
+                  << "\n";
     }
 }
 

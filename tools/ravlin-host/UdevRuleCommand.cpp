@@ -1,7 +1,8 @@
 // ravlin-host udev-rule KEYBOARD: the udev rule that lets the user at the
-// seat read one scanner, and nothing else: matched by its USB vendor and
-// product, given to the seat's user through TAG+="uaccess" (never the input
-// group, whose members can read every keyboard).
+// seat read the event nodes of one scanner model, and nothing else: matched
+// by its USB vendor and product (every unit of the model), given to the
+// seat's user through TAG+="uaccess" (never the input group, whose members
+// can read every keyboard).
 #include <iostream>
 
 #include "Command.h"
@@ -36,7 +37,7 @@ int printRule(const std::string& wanted)
 
 Command udevRuleCommand()
 {
-    return {"udev-rule", "the udev rule giving the seat's user one scanner (a name or usb:VVVV:PPPP from ports)",
+    return {"udev-rule", "the udev rule giving the seat's user one scanner model (a name or usb:VVVV:PPPP from ports)",
             [](CLI::App& app) -> std::function<int()> {
                 auto keyboard = std::make_shared<std::string>();
                 app.add_option("KEYBOARD", *keyboard, "KeyboardDevice name or usb:VVVV:PPPP")->required();
