@@ -1,5 +1,7 @@
 #include "input/HidPosAssembler.h"
 
+#include "util/SupportLog.h"
+
 HidPosAssembler::HidPosAssembler(const HidPosLayout& layout) : layout(layout) {}
 
 void HidPosAssembler::reset()
@@ -30,8 +32,10 @@ std::optional<ScannedCode> HidPosAssembler::feed(const std::string& report)
         uint32_t count = 0;
         for (size_t k = 0; k < layout.lengthSize; ++k)
             count |= static_cast<uint32_t>(byte(*layout.lengthOffset + k)) << (8 * k);
-        if (count > layout.dataCapacity)
+        if (count > layout.dataCapacity) {
             dropping = true;  // a length past the data: the code it belongs to is lost
+            SupportLog::write("HID POS code dropped: a report's length runs past its data");
+        }
         else
             length = count;
     } else if (!continued) {
@@ -46,8 +50,10 @@ std::optional<ScannedCode> HidPosAssembler::feed(const std::string& report)
                 pending.symbology += c;
     }
     started = true;
-    if (!dropping && pending.data.size() + length > kMaxCodeBytes)
+    if (!dropping && pending.data.size() + length > kMaxCodeBytes) {
         dropping = true;
+        SupportLog::write("HID POS code dropped: a chain of reports over 1 MiB");
+    }
     if (dropping)
         pending.data.clear();
     else

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "util/SupportLog.h"
 #include "util/SymbolCodecs.h"
 
 namespace {
@@ -57,8 +58,11 @@ bool InputDeviceHidPos::openNode(const HidrawNode& node)
     // Reading needs no ioctl and no exclusive claim: hidraw gives every
     // reader its own copy of each report.
     const int opened = open(node.devicePath().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (opened < 0)
+    if (opened < 0) {
+        SupportLog::write("HID POS node " + node.devicePath() + " not opened: " + std::strerror(errno));
         return false;
+    }
+    SupportLog::write("HID POS node opened: " + node.devicePath());
     fd = opened;
     device = node;
     assembler.emplace(*node.layout);
@@ -68,8 +72,10 @@ bool InputDeviceHidPos::openNode(const HidrawNode& node)
 
 void InputDeviceHidPos::closeNode()
 {
-    if (fd >= 0)
+    if (fd >= 0) {
         close(fd);
+        SupportLog::write("HID POS node let go: " + device.devicePath());
+    }
     fd = -1;
     if (assembler)
         assembler->reset();
