@@ -95,21 +95,21 @@ bool HostConnection::PostExternalEvent(const unsigned short* source, const unsig
         std::lock_guard<std::mutex> g(lock);
         recorded.push_back(std::move(e));
     }
-    arrived.notify_all();
+    arrived.notifyAll();
     return true;
 }
 
 std::vector<HostEvent> HostConnection::waitForEvents(size_t n, std::chrono::milliseconds deadline)
 {
     std::unique_lock<std::mutex> g(lock);
-    arrived.wait_for(g, deadline, [&] { return recorded.size() >= n; });
+    arrived.waitFor(g, deadline, [&] { return recorded.size() >= n; });
     return recorded;
 }
 
 std::optional<HostEvent> HostConnection::waitForEvent(size_t n, std::chrono::milliseconds deadline)
 {
     std::unique_lock<std::mutex> g(lock);
-    if (!arrived.wait_for(g, deadline, [&] { return recorded.size() >= n; }))
+    if (!arrived.waitFor(g, deadline, [&] { return recorded.size() >= n; }))
         return std::nullopt;
     return recorded[n - 1];
 }

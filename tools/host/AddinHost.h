@@ -5,7 +5,6 @@
 #include <sys/types.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -16,6 +15,7 @@
 #include "abi/ComponentBase.h"
 #include "abi/IMemoryManager.h"
 #include "HangTimeout.h"
+#include "MonotonicCondition.h"
 
 struct HostEvent {
     std::wstring source;
@@ -65,7 +65,7 @@ public:
 
 private:
     mutable std::mutex lock;
-    std::condition_variable arrived;
+    MonotonicCondition arrived;
     std::vector<HostEvent> recorded;
     long depth = 0;
     int unexpectedCalls = 0;

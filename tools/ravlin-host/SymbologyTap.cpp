@@ -14,7 +14,7 @@ bool SymbologyTap::start(uint32_t port)
                                                    [this](const std::wstring&, const std::string& symbology) {
                                                        std::lock_guard<std::mutex> guard(lock);
                                                        symbologies.push_back(symbology);
-                                                       arrived.notify_all();
+                                                       arrived.notifyAll();
                                                    });
     if (!tap->start())
         return false;
@@ -25,7 +25,7 @@ bool SymbologyTap::start(uint32_t port)
 std::optional<std::string> SymbologyTap::next(std::chrono::milliseconds patience)
 {
     std::unique_lock<std::mutex> guard(lock);
-    if (!reader || !arrived.wait_for(guard, patience, [&] { return !symbologies.empty(); }))
+    if (!reader || !arrived.waitFor(guard, patience, [&] { return !symbologies.empty(); }))
         return std::nullopt;
     std::string symbology = std::move(symbologies.front());
     symbologies.pop_front();

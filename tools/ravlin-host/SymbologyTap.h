@@ -5,13 +5,14 @@
 // sees the same scans, in the same order, as the driver's, and nothing the
 // host sees changes.
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+
+#include "MonotonicCondition.h"
 
 class InputDeviceHidPos;
 
@@ -28,7 +29,7 @@ public:
 
 private:
     std::mutex lock;
-    std::condition_variable arrived;
+    MonotonicCondition arrived;
     std::deque<std::string> symbologies;
     std::unique_ptr<InputDeviceHidPos> reader;
 };
