@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         if (n == 0)
             report.resize(layout->reportSize, '\0');
         const auto code = assembler.feed(report);
-        if (code && (code->data.empty() || code->data.size() > HidPosAssembler::kMaxCodeBytes ||
+        if (code && (code->data.empty() || code->data.size() > kMaxCodeBytes ||
                      code->symbology.size() > 3))
             std::abort();
         const bool scanReport = report.size() == layout->reportSize &&

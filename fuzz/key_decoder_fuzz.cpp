@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             for (wchar_t c : *text)
                 if (c >= 128 || !(std::isalnum(static_cast<int>(c)) || c == L'+' || c == L'/' || c == L'='))
                     std::abort();
-            if (text->size() > (KeyFramer::kMaxCodeBytes + 2) / 3 * 4)
+            if (text->size() > (kMaxCodeBytes + 2) / 3 * 4)
                 std::abort();
         }
         if (decoder.dropping() && (data[i] & 0x80))

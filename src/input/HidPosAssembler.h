@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 
+#include "input/CodeLimit.h"
 #include "input/HidReportDescriptor.h"
 
 struct ScannedCode {
@@ -20,8 +21,6 @@ struct ScannedCode {
 
 class HidPosAssembler {
 public:
-    static constexpr size_t kMaxCodeBytes = 1 << 20;
-
     explicit HidPosAssembler(const HidPosLayout& layout);
 
     // One report as read from the device, report id included.

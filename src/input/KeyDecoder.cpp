@@ -53,10 +53,13 @@ std::optional<std::wstring> KeyDecoder::feed(const input_event& event)
     if (event.type != EV_KEY || event.value == 2)
         return std::nullopt;
     const bool down = event.value == 1;
+    // Modifier keys read the same at both levels, so Shift's own change below
+    // leaves this keysym as it is.
+    const unsigned long keysym = UsKeyboard::keysym(event.code, shift());
     // The configured GS key types GS and nothing else: as Caps Lock it locks
     // nothing, as Right Alt it starts no Alt code.
-    if (framer.isGsKey(UsKeyboard::keysym(event.code, shift())))
-        return down ? press(event.code) : std::nullopt;
+    if (framer.isGsKey(keysym))
+        return down ? press(keysym) : std::nullopt;
     const bool wasAlt = alt();
     switch (event.code) {
     case KEY_LEFTSHIFT: leftShift = down; break;
@@ -84,12 +87,11 @@ std::optional<std::wstring> KeyDecoder::feed(const input_event& event)
         altPending = true;
         return std::nullopt;
     }
-    return press(event.code);
+    return press(keysym);
 }
 
-std::optional<std::wstring> KeyDecoder::press(unsigned code)
+std::optional<std::wstring> KeyDecoder::press(unsigned long keysym)
 {
-    const unsigned long keysym = UsKeyboard::keysym(code, shift());
     // A key a US keyboard does not have types nothing.
     if (keysym == 0)
         return std::nullopt;

@@ -37,7 +37,7 @@ public:
     std::optional<std::wstring> pause();
 
 private:
-    std::optional<std::wstring> press(unsigned code);
+    std::optional<std::wstring> press(unsigned long keysym);
     std::optional<std::wstring> altCodeTyped();
     std::optional<std::wstring> ended(std::optional<std::wstring> text);
     bool shift() const { return leftShift || rightShift; }

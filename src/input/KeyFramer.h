@@ -3,9 +3,10 @@
 // (X Input or the kernel's event devices): the GS keys, the configured GS
 // key, test mode's key names, the suffix, the pause that ends a code when
 // there is no suffix and the bound on a code's length all live here once.
-#include <cstddef>
 #include <optional>
 #include <string>
+
+#include "input/CodeLimit.h"
 
 struct DeviceSettings;
 
@@ -30,10 +31,6 @@ public:
     // With no suffix, a pause in typing ends the code.
     std::optional<std::wstring> pause();
     bool waitsForPause() const { return !suffix && (skipping || !code.empty()); }
-
-    // No real scan comes near this; a longer run is dropped whole, as on a
-    // serial line, so a key flood cannot exhaust memory.
-    static constexpr size_t kMaxCodeBytes = 1 << 20;
 
 private:
     void append(const std::string& bytes);

@@ -2,16 +2,13 @@
 // Cuts a serial byte stream into codes. With a suffix, its last byte ends a code
 // and the suffix's leading bytes are trimmed off; a pause (the line going quiet)
 // drops an unfinished code. Without a suffix, a pause ends the code.
-#include <cstddef>
 #include <optional>
 #include <string>
 
+#include "input/CodeLimit.h"
+
 class SerialFramer {
 public:
-    // No real scan comes near this; a longer run is line noise and is dropped
-    // so a flooding line cannot exhaust memory.
-    static constexpr size_t kMaxCodeBytes = 1 << 20;
-
     explicit SerialFramer(std::string suffix);
 
     std::optional<std::string> feed(char byte);

@@ -76,19 +76,7 @@ bool NotASCII(char c)
 
 std::string singleByteToUtf8(char byte, const char* codeSet)
 {
-    iconv_t cd = iconv_open("UTF-8", codeSet);
-    if (cd == reinterpret_cast<iconv_t>(-1))
-        return std::string();
-    char out[8] = {};
-    char* inPtr = &byte;
-    size_t inLeft = 1;
-    char* outPtr = out;
-    size_t outLeft = sizeof out;
-    const size_t rc = iconv(cd, &inPtr, &inLeft, &outPtr, &outLeft);
-    iconv_close(cd);
-    if (rc == static_cast<size_t>(-1))
-        return std::string();
-    return std::string(out, outPtr);
+    return wstr2str(iconvToWide(codeSet, &byte, 1));
 }
 
 std::string wstr2str(const std::wstring& text)

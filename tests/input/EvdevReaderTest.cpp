@@ -281,14 +281,14 @@ TEST_F(EvdevReader, FloodPastOneMebibyteIsDroppedAndMemoryStaysBounded)
     const size_t before = liveHeapBytes();
     // Twice the bound: whatever the node still buffers when the writes
     // return, the reader has long passed the bound by then.
-    for (size_t sent = 0; sent < 2 * KeyFramer::kMaxCodeBytes; sent += chunk.size())
+    for (size_t sent = 0; sent < 2 * kMaxCodeBytes; sent += chunk.size())
         devices.send(scanner, chunk);
     const long grown = static_cast<long>(liveHeapBytes()) - static_cast<long>(before);
     devices.type(scanner, MockInput::keysOf("\rb\r"));
     EXPECT_EQ(sink.waitFor(2, std::chrono::seconds(60)), (Codes{b64("1"), b64("b")}));
     RecordProperty("heap_growth_bytes", std::to_string(grown));
-    std::printf("heap grown during a flood of %zu keys: %ld bytes\n", 2 * KeyFramer::kMaxCodeBytes, grown);
-    EXPECT_LT(grown, static_cast<long>(KeyFramer::kMaxCodeBytes) / 2);
+    std::printf("heap grown during a flood of %zu keys: %ld bytes\n", 2 * kMaxCodeBytes, grown);
+    EXPECT_LT(grown, static_cast<long>(kMaxCodeBytes) / 2);
 }
 
 TEST_F(EvdevReader, ClosingWhileUnpluggedReturns)

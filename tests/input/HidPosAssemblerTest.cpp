@@ -276,7 +276,7 @@ TEST(HidPosAssembler, EndlessChainIsCappedAndReadingResumes)
     HidPosAssembler a(l);
     std::string more = reportsFor(l, "]d2", std::string(56, 'x'))[0];
     more[63] = 1;
-    for (size_t sent = 0; sent <= HidPosAssembler::kMaxCodeBytes + 56; sent += 56)
+    for (size_t sent = 0; sent <= kMaxCodeBytes + 56; sent += 56)
         ASSERT_FALSE(a.feed(more));
     std::string last = more;
     last[63] = 0;

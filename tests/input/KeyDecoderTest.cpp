@@ -256,14 +256,14 @@ TEST(KeyDecoder, CodeOfOneMebibyteIsDeliveredOneByteMoreIsDropped)
 {
     KeyDecoder decoder{DeviceSettings{}};
     const input_event a = ev(EV_KEY, KEY_A, 1), release = ev(EV_KEY, KEY_A, 0), enter = ev(EV_KEY, KEY_ENTER, 1);
-    for (size_t i = 0; i < KeyFramer::kMaxCodeBytes; ++i) {
+    for (size_t i = 0; i < kMaxCodeBytes; ++i) {
         decoder.feed(a);
         decoder.feed(release);
     }
     auto text = decoder.feed(enter);
     ASSERT_TRUE(text);
-    EXPECT_EQ(text->size(), raw2Base64(std::string(KeyFramer::kMaxCodeBytes, 'a')).size());
-    for (size_t i = 0; i <= KeyFramer::kMaxCodeBytes; ++i) {
+    EXPECT_EQ(text->size(), raw2Base64(std::string(kMaxCodeBytes, 'a')).size());
+    for (size_t i = 0; i <= kMaxCodeBytes; ++i) {
         decoder.feed(a);
         decoder.feed(release);
     }

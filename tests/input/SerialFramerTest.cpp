@@ -44,7 +44,7 @@ TEST(SerialFramer, PauseEndsCodeWithoutSuffix)
 TEST(SerialFramer, OverlongCodeIsDroppedAndFramingRecovers)
 {
     SerialFramer framer("\r");
-    for (size_t i = 0; i < SerialFramer::kMaxCodeBytes + 10; ++i)
+    for (size_t i = 0; i < kMaxCodeBytes + 10; ++i)
         EXPECT_FALSE(framer.feed('x'));
     EXPECT_FALSE(framer.feed('\r'));
     for (char c : std::string("ok"))
