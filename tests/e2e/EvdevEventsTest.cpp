@@ -5,6 +5,7 @@
 #include <X11/extensions/XInput.h>
 
 #include "ChildProcess.h"
+#include "OrdinaryUser.h"
 #include "MockInput.h"
 #include "TestHost.h"
 #include "WestonXwayland.h"
@@ -115,14 +116,13 @@ TEST(EvdevEvents, AUserWithoutPermissionCannotOpenAndPortsSayWhy)
     devices.plug(honeywellScanner());
     devices.nodesForRootOnly();
     auto [out, status] =
-        ChildProcess::run({"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", kTool, "ports"});
+        ChildProcess::run(ravlinHostAsOrdinaryUser(kTool, {"ports"}));
     EXPECT_EQ(status, 0) << out;
     EXPECT_NE(out.find("usb:0c2e:0b61\tno: no permission (see ravlin-host udev-rule)\n"), std::string::npos) << out;
 
     // Open fails for that user (exit status 1).
-    std::tie(out, status) = ChildProcess::run({"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups",
-                                               kTool, "listen", "--set", "Port=0", "--set",
-                                               "KeyboardDevice=usb:0c2e:0b61", "--count", "1", "--timeout", "5"});
+    std::tie(out, status) = ChildProcess::run(ravlinHostAsOrdinaryUser(
+        kTool, {"listen", "--set", "Port=0", "--set", "KeyboardDevice=usb:0c2e:0b61", "--count", "1", "--timeout", "5"}));
     EXPECT_EQ(status, 1) << out;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ChildProcess.h"
+#include "OrdinaryUser.h"
 #include "ComponentFixture.h"
 #include "TestHost.h"
 #include "VirtualSerialPort.h"
@@ -24,8 +25,7 @@ std::wstring lastError(Component& c)
 // Opens the line as an ordinary user with a shell, which takes no lock.
 std::pair<std::string, int> openAsOrdinaryUser(const std::string& path)
 {
-    return ChildProcess::run({"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "/bin/sh",
-                              "-c", "exec 3<" + path + " && echo opened"});
+    return ChildProcess::run(asOrdinaryUser({"/bin/sh", "-c", "exec 3<" + path + " && echo opened"}));
 }
 
 }  // namespace

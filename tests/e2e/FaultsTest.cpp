@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "ChildProcess.h"
+#include "OrdinaryUser.h"
 #include "PrivateDev.h"
 #include "ComponentFixture.h"
 #include "TestHost.h"
@@ -162,9 +163,7 @@ TEST_F(Faults, OpenOfANodeWithoutReadPermission)
 {
     // Root may open anything, so the attempt is made as an ordinary user.
     VirtualSerialPort line("ttyUSB4");
-    ChildProcess tool({"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", RAVLIN_HOST_TOOL,
-                       "listen", "--set", "Port=133"},
-                      {}, true);
+    ChildProcess tool(ravlinHostAsOrdinaryUser(RAVLIN_HOST_TOOL, {"listen", "--set", "Port=133"}), {}, true);
     std::string out;
     for (std::string l; !(l = tool.readLine()).empty();)
         out += l + "\n";
