@@ -6,6 +6,7 @@
 #include "abi/StringConversion.h"
 #include "performer/AppSettings.h"
 #include "performer/RavlinPerformerLinux.h"
+#include "util/RuntimeLibrary.h"
 #include "util/TextUtil.h"
 #include "util/SymbolCodecs.h"
 
@@ -52,12 +53,14 @@ const RavlinNative::Method RavlinNative::methods[kMethodCount] = {
 RavlinNative::RavlinNative(const std::wstring& extensionName)
     : extensionName(extensionName), isRussian(AppSettings::locale() == 0)
 {
+    ++liveComponents;
 }
 
 // The performer goes first: it joins the reader threads that call OnInput.
 RavlinNative::~RavlinNative()
 {
     performer.reset();
+    --liveComponents;
 }
 
 bool RavlinNative::Init(void* connectionObject)

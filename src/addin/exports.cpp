@@ -5,11 +5,32 @@
 #include "addin/RavlinNative.h"
 #include "abi/StringConversion.h"
 #include "util/CharsetConversion.h"
+#include "util/RuntimeLibrary.h"
 #include "util/SupportLog.h"
 
 #define RAVLIN_EXPORT extern "C" __attribute__((visibility("default")))
 
+#ifdef RAVLIN_STATIC_CXX_RUNTIME
+namespace __gnu_cxx {
+void __freeres() noexcept;  // the C++ runtime's own; no header declares it
+}
+#endif
+
 namespace {
+
+// Made when the library is loaded, so it goes last when the host unloads it.
+// The C++ runtime linked into the library allocated a pool for exceptions
+// thrown when memory runs out; it is given back here, once no component (and
+// so none of their threads) is left.
+struct Unloading {
+    ~Unloading()
+    {
+#ifdef RAVLIN_STATIC_CXX_RUNTIME
+        if (liveComponents.load() == 0)
+            __gnu_cxx::__freeres();
+#endif
+    }
+} unloading;
 
 // A host text made at compile time: the host may load and unload the library
 // any number of times, and nothing of it is left behind.

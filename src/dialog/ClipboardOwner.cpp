@@ -20,6 +20,9 @@ xcb_atom_t intern(const XApi& x, xcb_connection_t* c, const char* name)
 
 ClipboardOwner& ClipboardOwner::instance()
 {
+    // The X libraries first: statics go in the reverse order they were made,
+    // and the owner disconnects through them when the add-in is unloaded.
+    XApi::get();
     static ClipboardOwner owner;
     return owner;
 }

@@ -73,6 +73,9 @@ void DevTestDialogLinux::ShowDlg()
     // Readers stop before the window goes, so no line is handed to a dead list.
     StopListening();
     gtk->gtk_widget_destroy(mDlg);
+    // A host that runs no toolkit loop of its own would leave the window on
+    // the screen until the next DeviceTest.
+    gtk->gdk_flush();
     mDlg = mList = nullptr;
     gtk->g_object_unref(mStore);
     mStore = nullptr;

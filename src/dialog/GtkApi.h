@@ -16,6 +16,7 @@ struct GtkTreeIter {
 #define RAVLIN_GTK_FUNCTIONS(X)                                                              \
     X(int, gtk_init_check, (int*, char***))                                                  \
     X(void*, gdk_display_get_default, (void))                                                \
+    X(void, gdk_flush, (void))                                                               \
     X(void*, gtk_dialog_new, (void))                                                         \
     X(void*, gtk_dialog_get_content_area, (void*))                                           \
     X(int, gtk_dialog_run, (void*))                                                          \
@@ -62,9 +63,9 @@ struct GtkApi {
     RAVLIN_FUNCTION_TABLE(RAVLIN_GTK_FUNCTIONS)
 
     // The toolkit ready to use on the calling thread, or null when there is no
-    // toolkit or no display. Loaded once; a toolkit is never unloaded.
+    // toolkit or no display. Loaded once; see GtkApi.cpp for what unloading
+    // the add-in leaves of it.
     static const GtkApi* get();
-    int majorVersion = 0;
 };
 
 constexpr unsigned long kGTypeString = 16 << 2;  // G_TYPE_STRING, a fundamental type

@@ -2,6 +2,6 @@
 
 const UdevApi* UdevApi::get()
 {
-    static const UdevApi* const api = newCompleteTable<UdevApi>({dlopen("libudev.so.1", RTLD_NOW | RTLD_LOCAL)});
-    return api;
+    static const LoadedTable<UdevApi> loaded({dlopen("libudev.so.1", RTLD_NOW | RTLD_LOCAL)});
+    return loaded.table();
 }

@@ -39,6 +39,6 @@ struct UdevApi {
     RAVLIN_FUNCTION_TABLE(RAVLIN_UDEV_FUNCTIONS)
 
     // The loaded library, or null when it or one of its functions is missing.
-    // Loaded once and never unloaded.
+    // Loaded once; closed when the add-in is unloaded.
     static const UdevApi* get();
 };

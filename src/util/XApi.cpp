@@ -9,17 +9,16 @@ RAVLIN_X_FUNCTIONS(RAVLIN_CHECK_X_SIGNATURE)
 
 const XApi* XApi::get()
 {
-    // A function-local static: threads asking at once load it once. Nothing
-    // opened here is ever closed, not even when another of the libraries is
-    // missing: Xlib keeps process-wide state (error handlers, locks, display
-    // connections the host or its toolkit may share), and unloading it under
-    // them would leave pointers into code that is gone.
-    static const XApi* const api = newCompleteTable<XApi>({
+    // Threads asking at once load it once. Every connection the add-in makes
+    // is closed with the component or the window that made it, so at unload
+    // nothing of ours is left in these libraries; a host or toolkit that uses
+    // them holds them open itself.
+    static const LoadedTable<XApi> loaded({
         dlopen("libX11.so.6", RTLD_NOW | RTLD_LOCAL),
         dlopen("libX11-xcb.so.1", RTLD_NOW | RTLD_LOCAL),
         dlopen("libXi.so.6", RTLD_NOW | RTLD_LOCAL),
         dlopen("libxcb.so.1", RTLD_NOW | RTLD_LOCAL),
         dlopen("libxcb-xinput.so.0", RTLD_NOW | RTLD_LOCAL),
     });
-    return api;
+    return loaded.table();
 }

@@ -92,7 +92,7 @@ struct XApi {
 
     // The X client libraries, or null when one of them or one of their
     // functions is missing. Loaded by the first caller, whichever thread it
-    // is on; never unloaded.
+    // is on; closed when the add-in is unloaded.
     static const XApi* get();
 };
 

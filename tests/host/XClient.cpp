@@ -192,6 +192,19 @@ Window XClient::waitForWindow(const std::string& title)
     return 0;
 }
 
+void XClient::closeWindow(Window w)
+{
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = w;
+    event.xclient.message_type = XInternAtom(dpy, "WM_PROTOCOLS", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = static_cast<long>(XInternAtom(dpy, "WM_DELETE_WINDOW", False));
+    event.xclient.data.l[1] = CurrentTime;
+    XSendEvent(dpy, w, False, NoEventMask, &event);
+    XFlush(dpy);
+}
+
 void XClient::geometry(Window w, int& x, int& y, int& width, int& height)
 {
     XWindowAttributes a;

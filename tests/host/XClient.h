@@ -39,6 +39,8 @@ public:
     void geometry(Window w, int& x, int& y, int& width, int& height);
     // A left click at a point of the screen, as a person's pointer would make it.
     void click(int x, int y);
+    // Asks the window to close, as a window manager's close button does.
+    void closeWindow(Window w);
 
     // A mapped window owned (by _NET_WM_PID) by the given process, with the focus.
     Window focusWindowOwnedBy(long pid);

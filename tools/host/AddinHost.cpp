@@ -255,9 +255,21 @@ AddinHost::AddinHost(const std::string& libraryPath)
         throw std::runtime_error("the add-in lacks an entry point");
 }
 
-// The library stays loaded: a platform never unloads an add-in with live objects,
-// and unloading would hide leaks from the sanitizers' reports.
+// The library stays loaded unless unload() is called: a platform never unloads
+// an add-in with live objects, and unloading would hide leaks from the
+// sanitizers' reports.
 AddinHost::~AddinHost() = default;
+
+void AddinHost::unload()
+{
+    if (handle)
+        dlclose(handle);
+    handle = nullptr;
+    getClassNames = nullptr;
+    getClassObject = nullptr;
+    destroyObject = nullptr;
+    setPlatformCapabilities = nullptr;
+}
 
 std::wstring AddinHost::classNames()
 {

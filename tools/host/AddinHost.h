@@ -127,6 +127,9 @@ public:
     Component create(const std::wstring& className, const std::wstring& locale = L"ru_RU");
     IComponentBase* createRaw(const std::wstring& className);
     long destroy(IComponentBase*& object);
+    // Unloads the library, as a platform does once every object is destroyed;
+    // nothing of this host may be used after.
+    void unload();
 
     HostMemory memory;
     HostConnection connection;

@@ -1,0 +1,3 @@
+#include "util/RuntimeLibrary.h"
+
+std::atomic<int> liveComponents{0};
