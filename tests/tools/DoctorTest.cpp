@@ -74,6 +74,15 @@ public:
         ASSERT_TRUE(umockdev_testbed_add_from_string(testbed, tree.c_str(), &error)) << (error ? error->message : "");
     }
 
+    // An ordinary user reads the devices' sysfs and udev data as on a real machine.
+    void readableByEveryone()
+    {
+        gchar* root = umockdev_testbed_get_root_dir(testbed);
+        const std::string command = "chmod -R a+rwX '" + std::string(root) + "'";
+        g_free(root);
+        ASSERT_EQ(std::system(command.c_str()), 0);
+    }
+
 private:
     UMockdevTestbed* testbed;
 };
@@ -110,7 +119,7 @@ private:
 };
 
 // The doctor's output up to the line that holds `needle` (or to the time-out).
-std::string readUntil(ChildProcess& tool, const std::string& needle)
+std::string outputUntil(ChildProcess& tool, const std::string& needle)
 {
     std::string out;
     for (std::string line; !(line = tool.readLine()).empty();) {
@@ -120,6 +129,21 @@ std::string readUntil(ChildProcess& tool, const std::string& needle)
     }
     return out;
 }
+
+// doctor --scan, listening: ended by SIGTERM, as by Ctrl+C.
+class ScanningDoctor {
+public:
+    ScanningDoctor() : tool({kTool, "doctor", "--scan", "600"}, {}, true) { outputUntil(tool, "scan a code now"); }
+    std::string readUntil(const std::string& needle) { return outputUntil(tool, needle); }
+    int stop()
+    {
+        kill(tool.id(), SIGTERM);
+        return tool.wait();
+    }
+
+private:
+    ChildProcess tool;
+};
 
 std::string contains(const std::string& out, const std::string& text)
 {
@@ -200,13 +224,14 @@ TEST(Doctor, NotInTheGroupOfTheLine)
     UsbSerial adapter = kCh340;
     adapter.modemManagerIgnores = true;
     bed.plug(1, adapter);
+    bed.readableByEveryone();
     VirtualSerialPort line("ttyUSB0");
     ASSERT_EQ(chown(line.slavePath().c_str(), 0, 20), 0);  // dialout on Debian
     ASSERT_EQ(chmod(line.slavePath().c_str(), 0660), 0);
     const auto [out, status] = ChildProcess::run(ravlinHostAsOrdinaryUser(kTool, {"doctor"}));
     EXPECT_EQ(status, 1) << out;
-    // The testbed is root's: this user learns nothing of the USB device.
-    EXPECT_HAS(out, "problem /dev/ttyUSB0: USB-serial chip; Port=129; this user cannot open it: not in the dialout group\n        fix: sudo usermod -aG dialout nobody   (then log out and in)\n");
+    EXPECT_HAS(out, "problem /dev/ttyUSB0: USB-serial chip (ch341), usb:1a86:7523; Port=129; this user cannot open "
+                    "it: not in the dialout group\n        fix: sudo usermod -aG dialout nobody   (then log out and in)\n");
 }
 
 TEST(Doctor, HidPosScannerAUserCannotRead)
@@ -306,32 +331,30 @@ TEST(Doctor, ScanOnASerialLine)
     scanner.modemManagerIgnores = true;
     bed.plug(1, scanner);
     VirtualSerialPort line("ttyACM0");
-    ChildProcess tool({kTool, "doctor", "--scan", "600"}, {}, true);
-    readUntil(tool, "scan a code now");
+    ScanningDoctor tool;
 
     line.write("0104601234567893215Ab3cDe\x1d" "91EE06\r");
-    std::string out = readUntil(tool, "GS arrives");
+    std::string out = tool.readUntil("GS arrives");
     EXPECT_HAS(out, "scan    /dev/ttyACM0: through the serial line: 0104601234567893215Ab3cDe<GS>91EE06<CR> (33 bytes)\n");
     EXPECT_HAS(out, "advice  /dev/ttyACM0: codes end with <CR>\n        fix: Suffix=13\n");
     EXPECT_HAS(out, "advice  /dev/ttyACM0: GS arrives as the byte 29 (0x1D): nothing to set\n");
 
     line.write("]d20104601234567893215Ab3cDe91EE06");
-    out = readUntil(tool, "GS1 code without GS");
+    out = tool.readUntil("GS1 code without GS");
     EXPECT_HAS(out, "codes end with no suffix: only a pause ends them");
     EXPECT_HAS(out, "fix: Suffix=-1 TimeoutCOM=50\n");
     EXPECT_HAS(out, "codes start with the AIM symbology identifier ]d2");
 
     line.write("\x02" "4006381333931\r\n");
-    out = readUntil(tool, "a prefix the scanner adds");
+    out = tool.readUntil("a prefix the scanner adds");
     EXPECT_HAS(out, "codes start with <STX>, a prefix the scanner adds");
     EXPECT_HAS(out, "codes end with <CR><LF>");
 
     line.write("\xcf\xf0\xe8\xe2\xe5\xf2\r");  // Windows-1251
-    out = readUntil(tool, "COMEncoding");
+    out = tool.readUntil("COMEncoding");
     EXPECT_HAS(out, "fix: COMEncoding=Windows-1251\n");
 
-    kill(tool.id(), SIGTERM);
-    EXPECT_EQ(tool.wait(), 0);
+    EXPECT_EQ(tool.stop(), 0);
 }
 
 namespace {
@@ -355,13 +378,12 @@ TEST(Doctor, ScanOnAKeyboardTellsHowGsWasTyped)
     MockInput devices;
     const MockKeyboard scanner = honeywellScanner();
     devices.plug(scanner);
-    ChildProcess tool({kTool, "doctor", "--scan", "600"}, {}, true);
-    readUntil(tool, "scan a code now");
+    ScanningDoctor tool;
 
     devices.type(scanner, MockInput::keysOf("0104601234567893215Ab"));
     devices.send(scanner, press({KEY_LEFTCTRL}, KEY_RIGHTBRACE));
     devices.type(scanner, MockInput::keysOf("91EE06\r"));
-    std::string out = readUntil(tool, "GSSymbolKey=-1");
+    std::string out = tool.readUntil("GSSymbolKey=-1");
     EXPECT_HAS(out, "scan    /dev/input/event12: through the keyboard: 0104601234567893215Ab<GS>91EE06<CR> (29 bytes)\n");
     EXPECT_HAS(out, "advice  /dev/input/event12: codes end with <CR>\n        fix: Suffix=13\n");
     EXPECT_HAS(out, "GS arrives typed as Ctrl+], which the driver reads as GS (byte 29) with no GS key set\n");
@@ -369,7 +391,7 @@ TEST(Doctor, ScanOnAKeyboardTellsHowGsWasTyped)
     devices.type(scanner, MockInput::keysOf("0104601234567893"));
     devices.send(scanner, press({}, KEY_F8));
     devices.type(scanner, MockInput::keysOf("21AB\r"));
-    out = readUntil(tool, "GSSymbolKey=-1");
+    out = tool.readUntil("GSSymbolKey=-1");
     EXPECT_HAS(out, "GS arrives typed as F8,");
 
     devices.type(scanner, MockInput::keysOf("0104601234567893"));
@@ -378,7 +400,7 @@ TEST(Doctor, ScanOnAKeyboardTellsHowGsWasTyped)
         devices.send(scanner, press({}, key));
     devices.send(scanner, {keyEvent(KEY_LEFTALT, 0), synEvent()});
     devices.type(scanner, MockInput::keysOf("21AB\r"));
-    out = readUntil(tool, "GSSymbolKey=-1");
+    out = tool.readUntil("GSSymbolKey=-1");
     EXPECT_HAS(out, "<GS>21AB<CR>");
     EXPECT_HAS(out, "GS arrives typed as Alt+0029,");
 
@@ -386,7 +408,7 @@ TEST(Doctor, ScanOnAKeyboardTellsHowGsWasTyped)
     devices.type(scanner, MockInput::keysOf("0104601234567893215A"));
     devices.send(scanner, press({}, KEY_F9));
     devices.type(scanner, MockInput::keysOf("91EE06"));
-    out = readUntil(tool, "GSSymbolKey=8");
+    out = tool.readUntil("GSSymbolKey=8");
     EXPECT_HAS(out, "the scanner pressed F9 inside the code, which types nothing: if it stands for GS, tell the "
                     "driver\n        fix: GSSymbolKey=8\n");
     EXPECT_HAS(out, "codes end with no suffix");
@@ -394,13 +416,12 @@ TEST(Doctor, ScanOnAKeyboardTellsHowGsWasTyped)
     // A German-layout scanner types < with the 102nd key.
     devices.send(scanner, press({}, KEY_102ND));
     devices.type(scanner, MockInput::keysOf("A\r"));
-    out = readUntil(tool, "keyboard country");
+    out = tool.readUntil("keyboard country");
     EXPECT_HAS(out, "the scanner typed the key between left Shift and Z (102nd key), a key a US keyboard does not have");
-    out = readUntil(tool, "udev-rule usb:");
+    out = tool.readUntil("udev-rule usb:");
     EXPECT_HAS(out, "fix: ravlin-host udev-rule usb:0c2e:0b61 | sudo tee");
 
-    kill(tool.id(), SIGTERM);
-    EXPECT_EQ(tool.wait(), 0);
+    EXPECT_EQ(tool.stop(), 0);
 }
 
 TEST(Doctor, ScanOnAKeyboardWithCapsLockLit)
@@ -410,13 +431,11 @@ TEST(Doctor, ScanOnAKeyboardWithCapsLockLit)
     const MockKeyboard scanner = honeywellScanner();
     devices.plug(scanner);
     devices.reportKeyState(scanner, {}, {LED_CAPSL});
-    ChildProcess tool({kTool, "doctor", "--scan", "600"}, {}, true);
-    readUntil(tool, "scan a code now");
+    ScanningDoctor tool;
     devices.type(scanner, MockInput::keysOf("AB12\r"));
-    const std::string out = readUntil(tool, "Caps Lock");
+    const std::string out = tool.readUntil("Caps Lock");
     EXPECT_HAS(out, "problem /dev/input/event12: Caps Lock was on or pressed");
-    kill(tool.id(), SIGTERM);
-    EXPECT_EQ(tool.wait(), 0);
+    EXPECT_EQ(tool.stop(), 0);
 }
 
 TEST(Doctor, ScanOnAHidPosScanner)
@@ -426,14 +445,13 @@ TEST(Doctor, ScanOnAHidPosScanner)
     const HidrawTestbed::Device scanner{kHoneywellVendorId, 0x0B87, "T", "Honeywell Xenon",
                                         hidpos_descriptors::kStandardWithByteCount};
     bed.plug(0, scanner);
-    ChildProcess tool({kTool, "doctor", "--scan", "600"}, {}, true);
-    readUntil(tool, "scan a code now");
+    ScanningDoctor tool;
     const HidPosLayout layout = *parseHidPosLayout(scanner.descriptor, scanner.vendorId);
     std::string stream;
     for (const std::string& r : reportsFor(layout, "]d2", "0104601234567893215Ab3cDe\x1d" "91EE06"))
         stream += r;
     bed.send(0, stream);
-    std::string out = readUntil(tool, "HID POS mode");
+    std::string out = tool.readUntil("HID POS mode");
     EXPECT_HAS(out, "scan    /dev/hidraw0: through the HID POS: 0104601234567893215Ab3cDe<GS>91EE06 (32 bytes)\n");
     EXPECT_HAS(out, "GS arrives as the byte 29 (0x1D): nothing to set\n");
     EXPECT_HAS(out, "info    /dev/hidraw0: HID POS mode: the symbology of this code is ]d2\n");
@@ -443,8 +461,7 @@ TEST(Doctor, ScanOnAHidPosScanner)
     for (const std::string& r : reportsFor(layout, "]E0", "4006381333931\r"))
         stream += r;
     bed.send(0, stream);
-    out = readUntil(tool, "HID POS mode");
+    out = tool.readUntil("HID POS mode");
     EXPECT_HAS(out, "each code ends with <CR>, which the scanner adds and the driver passes on");
-    kill(tool.id(), SIGTERM);
-    EXPECT_EQ(tool.wait(), 0);
+    EXPECT_EQ(tool.stop(), 0);
 }

@@ -3,8 +3,6 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
 
 #include "input/DeviceSettings.h"
 #include "input/NonPrintableKeys.h"
@@ -62,23 +60,11 @@ KeyboardScan::~KeyboardScan() { close(node); }
 std::vector<ScanEvidence> KeyboardScan::read()
 {
     std::vector<ScanEvidence> scans;
-    union {
-        input_event events[64];
-        char bytes[sizeof events];
-    } buffer;
-    std::memcpy(buffer.bytes, partial, partialBytes);
-    ssize_t n;
-    while ((n = ::read(node, buffer.bytes + partialBytes, sizeof buffer - partialBytes)) < 0 && errno == EINTR) {
-    }
-    if (n <= 0)
-        return scans;
-    const size_t total = partialBytes + static_cast<size_t>(n);
-    const size_t count = total / sizeof(input_event);
-    partialBytes = total % sizeof(input_event);
-    std::memcpy(partial, buffer.bytes + count * sizeof(input_event), partialBytes);
-    for (size_t i = 0; i < count; ++i) {
-        watch(buffer.events[i]);
-        if (auto done = completed(decoder.feed(buffer.events[i])))
+    input_event batch[EvdevEventReader::kBatch];
+    const ssize_t count = events.read(node, batch);
+    for (ssize_t i = 0; i < count; ++i) {
+        watch(batch[i]);
+        if (auto done = completed(decoder.feed(batch[i])))
             scans.push_back(*done);
     }
     return scans;

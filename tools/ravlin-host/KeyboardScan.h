@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ScanAdvice.h"
+#include "input/EvdevEventReader.h"
 #include "input/KeyDecoder.h"
 
 class KeyboardScan {
@@ -38,7 +39,6 @@ private:
     ScanEvidence scan;  // the keys of the code under way
     bool control = false, alt = false;
     std::string altDigits;
-    char partial[sizeof(input_event)] = {};
-    size_t partialBytes = 0;
+    EvdevEventReader events;
     bool capsLit = false;
 };
