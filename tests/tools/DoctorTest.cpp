@@ -88,6 +88,7 @@ private:
 };
 
 const UsbSerial kHoneywellAcm{"ttyACM0", "0c2e", "0b61", "Honeywell", "cdc_acm"};
+const UsbSerial kHoneywellAcmMarked{"ttyACM0", "0c2e", "0b61", "Honeywell", "cdc_acm", true};
 const UsbSerial kCh340{"ttyUSB0", "1a86", "7523", "", "ch341"};
 
 std::pair<std::string, int> doctor(const std::vector<std::string>& args = {})
@@ -203,9 +204,7 @@ TEST(Doctor, HeldSerialLineNamesItsHolder)
 {
     DisplayOverride noX("");
     SerialTestbed bed;
-    UsbSerial scanner = kHoneywellAcm;
-    scanner.modemManagerIgnores = true;
-    bed.plug(1, scanner);
+    bed.plug(1, kHoneywellAcmMarked);
     VirtualSerialPort line("ttyACM0");
     ChildProcess holder({kTool, "listen", "--set", "Port=65"}, {}, true);
     ASSERT_EQ(holder.readLine().rfind("listening on", 0), 0u);
@@ -327,9 +326,7 @@ TEST(Doctor, ScanOnASerialLine)
 {
     DisplayOverride noX("");
     SerialTestbed bed;
-    UsbSerial scanner = kHoneywellAcm;
-    scanner.modemManagerIgnores = true;
-    bed.plug(1, scanner);
+    bed.plug(1, kHoneywellAcmMarked);
     VirtualSerialPort line("ttyACM0");
     ScanningDoctor tool;
 
