@@ -42,7 +42,7 @@ bool InputDeviceEvdev::bind()
         fd = openKeyboardNode(keyboard.node, !settings.testMode);
         if (fd >= 0) {
             bound = keyboard;
-            partialBytes = 0;
+            events.reset();
             decoder.resync(nullptr, nullptr);
             SupportLog::write("kernel keyboard bound: " + keyboard.node + " \"" + keyboard.name + "\"");
             return true;
@@ -100,28 +100,18 @@ void InputDeviceEvdev::run()
 
 void InputDeviceEvdev::readEvents()
 {
-    union {
-        input_event events[64];
-        char bytes[sizeof events];
-    } buffer;
-    std::memcpy(buffer.bytes, partial, partialBytes);
-    ssize_t n;
-    while ((n = read(fd, buffer.bytes + partialBytes, sizeof buffer - partialBytes)) < 0 && errno == EINTR) {
-    }
-    if (n < 0 && errno == EAGAIN)
+    input_event batch[EvdevEventReader::kBatch];
+    const ssize_t count = events.read(fd, batch);
+    if (count < 0 && errno == EAGAIN)
         return;
     // ENODEV (unplugged) or end of file: wait for udev to bring it back.
-    if (n <= 0) {
+    if (count < 0) {
         unbind();
         return;
     }
-    const size_t total = partialBytes + static_cast<size_t>(n);
-    const size_t count = total / sizeof(input_event);
-    partialBytes = total % sizeof(input_event);
-    std::memcpy(partial, buffer.bytes + count * sizeof(input_event), partialBytes);
-    for (size_t i = 0; i < count; ++i) {
+    for (ssize_t i = 0; i < count; ++i) {
         const bool wasDropping = decoder.dropping();
-        if (auto text = decoder.feed(buffer.events[i]))
+        if (auto text = decoder.feed(batch[i]))
             deliver(*text);
         // The loss is over: ask which keys are down and which locks are lit now.
         if (wasDropping && !decoder.dropping()) {

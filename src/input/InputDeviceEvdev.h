@@ -6,8 +6,9 @@
 
 #include "input/DeviceSettings.h"
 #include "input/DeviceWatch.h"
-#include "input/KeyDecoder.h"
+#include "input/EvdevEventReader.h"
 #include "input/EvdevKeyboards.h"
+#include "input/KeyDecoder.h"
 #include "input/InputDevice.h"
 #include "util/ReaderThread.h"
 
@@ -45,7 +46,6 @@ private:
     EvdevKeyboard bound;
     // The kernel hands out whole events; a pseudo-terminal standing in for a
     // node (in tests) may split one, so a piece waits here for the rest.
-    char partial[sizeof(input_event)] = {};
-    size_t partialBytes = 0;
+    EvdevEventReader events;
     ReaderThread thread;
 };

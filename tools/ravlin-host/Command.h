@@ -19,3 +19,4 @@ Command testCommand();
 Command portsCommand();
 Command demoCommand();
 Command udevRuleCommand();
+Command doctorCommand();

@@ -5,15 +5,13 @@
 #include <libxml/tree.h>
 #include <unistd.h>
 
-#include <climits>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 
 #include "Command.h"
+#include "Processes.h"
 #include "Session.h"
 #include "input/DeviceNodes.h"
 #include "input/EvdevKeyboards.h"
@@ -21,32 +19,6 @@
 #include "input/PortFamily.h"
 
 namespace {
-
-// The processes that have a serial line open, from /proc ("PID (name)");
-// empty when none has or /proc does not show it (another user's process).
-std::string holdersOf(const std::string& path)
-{
-    char device[PATH_MAX];
-    if (path.empty() || !realpath(path.c_str(), device))
-        return std::string();
-    namespace fs = std::filesystem;
-    std::error_code error;
-    std::string holders;
-    for (const auto& process : fs::directory_iterator("/proc", error)) {
-        const std::string pid = process.path().filename();
-        if (pid.find_first_not_of("0123456789") != std::string::npos || pid == std::to_string(getpid()))
-            continue;
-        for (const auto& fd : fs::directory_iterator(process.path() / "fd", error))
-            if (fs::read_symlink(fd.path(), error) == device) {
-                std::ifstream comm(process.path() / "comm");
-                std::string name;
-                std::getline(comm, name);
-                holders += (holders.empty() ? "" : ", ") + pid + " (" + name + ")";
-                break;
-            }
-    }
-    return holders;
-}
 
 // A serial line other programs have open is named with them: the driver
 // reads a line only when no other reader holds it.

@@ -8,7 +8,7 @@ int main(int argc, char** argv)
 {
     const Command commands[] = {infoCommand(), paramsCommand(), listenCommand(),
                                 testCommand(), portsCommand(),  demoCommand(),
-                                udevRuleCommand()};
+                                udevRuleCommand(), doctorCommand()};
     CLI::App app{"Drives the input-device driver add-in without the platform."};
     app.require_subcommand(1);
     std::function<int()> run;
@@ -20,7 +20,8 @@ int main(int argc, char** argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
-        return app.exit(e);
+        // Help asked for is no error; every other parse failure is a usage error.
+        return app.exit(e) == 0 ? 0 : 2;
     }
     try {
         return run();
