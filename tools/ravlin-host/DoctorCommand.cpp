@@ -107,6 +107,17 @@ std::string installedRules()
     return std::string();
 }
 
+// The command that installs the rules; the release tarball has the file
+// beside ravlin-host.
+std::string installRulesFix()
+{
+    std::error_code error;
+    const fs::path beside = fs::read_symlink("/proc/self/exe", error).parent_path() / kRulesFile;
+    const bool found = !error && access(beside.c_str(), R_OK) == 0;
+    return "sudo cp " + (found ? beside.string() : std::string(kRulesFile)) + " /etc/udev/rules.d/" + kReload +
+           (found ? "" : "   (the file is in the release tarball)");
+}
+
 // A brltty rules file that claims this USB device: brltty takes such
 // USB-serial adapters for braille displays, and the tty goes away.
 std::string brlttyRuleFor(const UsbIdentity& usb)
@@ -171,7 +182,7 @@ bool checkSession(const Report& report)
         report.add(Finding::Level::Problem, "udev rules",
                    std::string("the package's rules (") + kRulesFile +
                        ") are not installed: HID POS scanners stay root's and ModemManager probes CDC-ACM scanners",
-                   std::string("sudo cp ") + kRulesFile + " /etc/udev/rules.d/" + kReload);
+                   installRulesFix());
     return display != nullptr;
 }
 
@@ -299,7 +310,7 @@ void checkHidPosScanners(Report& report)
                        rulesInstalled ? std::string("copy ") + installedRules() +
                                             " to /etc/udev/rules.d/ and add the line ATTRS{idVendor}==\"" + vendor +
                                             "\", TAG+=\"uaccess\" beside the other makers' lines" + ", then: sudo udevadm control --reload && sudo udevadm trigger"
-                                      : std::string("sudo cp ") + kRulesFile + " /etc/udev/rules.d/" + kReload);
+                                      : installRulesFix());
         } else {
             report.add(Finding::Level::Problem, node.devicePath(), what + "; cannot be opened: " + std::strerror(cause));
         }
