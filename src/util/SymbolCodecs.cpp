@@ -1,6 +1,7 @@
 #include "util/SymbolCodecs.h"
 
 #include <cctype>
+#include <cstdint>
 #include <cstdio>
 #include <cwchar>
 #include <cwctype>
@@ -33,7 +34,9 @@ int base64Value(unsigned char c)
 
 std::wstring GetSymbolName(wchar_t symbol)
 {
-    if (symbol >= 0 && symbol <= 32)
+    // wchar_t is signed on x86-64 and unsigned on aarch64; compared unsigned,
+    // a negative value falls past the table on both.
+    if (static_cast<std::uint32_t>(symbol) <= 32)
         return kControlNames[symbol];
     if (symbol == 127)
         return L"DEL";
