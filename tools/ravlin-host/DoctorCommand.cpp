@@ -142,12 +142,20 @@ std::string brlttyRuleFor(const UsbIdentity& usb)
 
 std::string libraryState(const char* name, bool present) { return std::string(name) + (present ? " present" : " missing"); }
 
+// Looked for beside the C library (and under /usr where that is elsewhere)
+// rather than loaded: a toolkit loaded and unloaded again leaves GLib holding
+// its types.
 bool gtkPresent()
 {
-    void* gtk = dlopen("libgtk-x11-2.0.so.0", RTLD_LAZY | RTLD_LOCAL);
-    if (gtk)
-        dlclose(gtk);
-    return gtk != nullptr;
+    Dl_info libc{};
+    if (!dladdr(reinterpret_cast<void*>(&std::free), &libc) || !libc.dli_fname)
+        return false;
+    const fs::path folder = fs::path(libc.dli_fname).parent_path();
+    std::error_code error;
+    for (const fs::path& candidate : {folder, fs::path("/usr") / folder.relative_path()})
+        if (fs::exists(candidate / "libgtk-x11-2.0.so.0", error))
+            return true;
+    return false;
 }
 
 // Whether an X server answers, and whether the session is Wayland's.
