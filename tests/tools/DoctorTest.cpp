@@ -20,6 +20,7 @@
 #include "MockInput.h"
 #include "OrdinaryUser.h"
 #include "VirtualSerialPort.h"
+#include "WestonXwayland.h"
 #include "XvfbServer.h"
 #include "input/HidReportDescriptor.h"
 
@@ -290,6 +291,36 @@ TEST(Doctor, X11SessionReadsKeyboardsXShowsThroughXInput)
     const auto [out, status] = doctor();
     EXPECT_HAS(out, "info    session: X11 (DISPLAY=" + x.display() + "): keyboards X shows are read through X Input\n");
     EXPECT_HAS(out, "info    X keyboard: KeyboardDevice=");
+}
+
+// A Wayland desktop, as its session announces itself to the programs in it.
+class WaylandSession {
+public:
+    WaylandSession() { setenv("WAYLAND_DISPLAY", "wayland-0", 1); }
+    ~WaylandSession() { unsetenv("WAYLAND_DISPLAY"); }
+};
+
+TEST(Doctor, WaylandSessionsReadScannersFromTheKernel)
+{
+    MockInput devices;
+    devices.plug(honeywellScanner());
+    const std::string scanner = "ok      /dev/input/event12: keyboard-mode device (USB keyboard), usb:0c2e:0b61; "
+                                "KeyboardDevice=Honeywell Imaging   Mobility 1950g (or usb:0c2e:0b61); read from its "
+                                "kernel node; this user can read it\n";
+    WaylandSession wayland;
+    {
+        WestonXwayland xwayland;
+        const auto [out, status] = doctor();
+        EXPECT_EQ(status, 0) << out;
+        EXPECT_HAS(out, "info    session: Wayland with Xwayland (DISPLAY=" + xwayland.display() +
+                            "): keyboard-mode scanners are read from the kernel's nodes\n");
+        EXPECT_HAS(out, scanner);
+    }
+    DisplayOverride noX("");
+    const auto [out, status] = doctor();
+    EXPECT_EQ(status, 0) << out;
+    EXPECT_HAS(out, "info    session: Wayland without X: keyboard-mode scanners are read from the kernel's nodes\n");
+    EXPECT_HAS(out, scanner);
 }
 
 TEST(Doctor, JsonGivesOneObjectAFinding)
