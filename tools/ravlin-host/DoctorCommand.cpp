@@ -455,15 +455,20 @@ void testScan(const Report& report, int seconds)
     while (!interrupted && std::chrono::steady_clock::now() < deadline) {
         int wait = 100;
         for (size_t i = 0; i < keyboards.size(); ++i) {
-            fds[i] = {keyboards[i]->fd(), POLLIN, 0};
+            // An unplugged node keeps reporting a hang-up: it is left out, or
+            // poll would return at once for the rest of the scan.
+            fds[i] = {keyboards[i]->gone() ? -1 : keyboards[i]->fd(), POLLIN, 0};
             if (keyboards[i]->pauseTimeout() >= 0)
                 wait = std::min(wait, keyboards[i]->pauseTimeout());
         }
         const int ready = poll(fds.data(), fds.size(), wait);
         for (size_t i = 0; i < keyboards.size(); ++i) {
             std::vector<ScanEvidence> scans;
-            if (ready > 0 && (fds[i].revents & POLLIN))
+            if (ready > 0 && fds[i].revents) {
                 scans = keyboards[i]->read();
+                if (keyboards[i]->gone())
+                    report.add(Finding::Level::Info, keyboardNodes[i], "unplugged during the scan");
+            }
             else if (ready == 0)
                 if (auto scan = keyboards[i]->pause())
                     scans.push_back(*scan);

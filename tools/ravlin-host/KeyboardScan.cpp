@@ -3,6 +3,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 
 #include "input/DeviceSettings.h"
 #include "input/NonPrintableKeys.h"
@@ -62,6 +63,8 @@ std::vector<ScanEvidence> KeyboardScan::read()
     std::vector<ScanEvidence> scans;
     input_event batch[EvdevEventReader::kBatch];
     const ssize_t count = events.read(node, batch);
+    if (count < 0 && errno != EAGAIN)
+        lost = true;
     for (ssize_t i = 0; i < count; ++i) {
         watch(batch[i]);
         if (auto done = completed(decoder.feed(batch[i])))

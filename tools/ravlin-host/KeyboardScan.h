@@ -25,6 +25,8 @@ public:
     int fd() const { return node; }
     // The events waiting on the node; the scans they complete.
     std::vector<ScanEvidence> read();
+    // The node failed a read (unplugged): nothing more comes from it.
+    bool gone() const { return lost; }
     // Milliseconds of quiet that end the code under way, or -1.
     int pauseTimeout() const { return decoder.pauseTimeout(); }
     std::optional<ScanEvidence> pause();
@@ -41,4 +43,5 @@ private:
     std::string altDigits;
     EvdevEventReader events;
     bool capsLit = false;
+    bool lost = false;
 };
